@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Common/AppInfo.h"
+#include "Common/Bundle.h"
+#include "Common/ClientInfo.h"
+#include "Common/EnvType.h"
+
+#include <string_view>
+
+// Values the extension uses too; sharing them is what makes the state shared.
+inline constexpr std::string_view keychainService = "com.lexmira.safari.extension";
+inline constexpr std::string_view appGroupSuiteName =
+    "Q7R2M5K8T1.group.com.lexmira.safari.extension";
+inline constexpr std::string_view keychainAccessGroup = "Q7R2M5K8T1.com.lexmira.safari.extension";
+
+// Reads clientInfo.json from the bundle; a missing or undecodable file stops the process.
+ClientInfo loadClientInfo(const Bundle& bundle);
+
+// The identity of this client and the state it shares with the extension. Immutable after
+// construction; readable from any thread.
+class EnvCommon {
+public:
+    explicit EnvCommon(const Bundle& bundle);
+    virtual ~EnvCommon() = default;
+    EnvCommon(const EnvCommon&) = delete;
+    EnvCommon& operator=(const EnvCommon&) = delete;
+
+    const AppInfo appInfo;
+    const ClientInfo clientInfo;
+    const EnvType envType = EnvType::prod;
+};

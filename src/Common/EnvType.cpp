@@ -1,0 +1,25 @@
+#include "Common/EnvType.h"
+
+std::string_view rawValue(EnvType type)
+{
+    switch (type) {
+    case EnvType::dev:
+        return "dev";
+    case EnvType::prod:
+        return "prod";
+    }
+    return {};
+}
+
+std::optional<EnvType> envTypeFromRawValue(std::string_view raw)
+{
+    for (const auto type : {EnvType::dev, EnvType::prod})
+        if (rawValue(type) == raw)
+            return type;
+    return std::nullopt;
+}
+
+bool forcesTestEvents(EnvType type)
+{
+    return rawValue(type) != rawValue(EnvType::prod);
+}

@@ -1,0 +1,7 @@
+#include "EnableExtensionView/EnableExtensionView.h"
+
+EnableExtensionView::EnableExtensionView(QWidget* parent)
+    : QWidget(parent)
+{
+    setFixedSize(width, height);
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "EnableExtensionView/EnableExtensionView.h"
+
+#include <QObject>
+#include <QPointer>
+
+// Hosts the enable-extension view. The view is handed to a window, which owns it from then on.
+class EnableExtensionViewController final : public QObject {
+    Q_OBJECT
+
+public:
+    explicit EnableExtensionViewController(QObject* parent = nullptr);
+    ~EnableExtensionViewController() override;
+
+    EnableExtensionView* view() const { return view_; }
+
+private:
+    QPointer<EnableExtensionView> view_;
+};

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QDialog>
+
+// The standard About panel: the application's icon, name and version, read from the bundle.
+class AboutPanel final : public QDialog {
+    Q_OBJECT
+
+public:
+    explicit AboutPanel(QWidget* parent = nullptr);
+};

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "app/ApplicationDelegate.h"
+#include "platform/GetUrlHandler.h"
+
+#include <QApplication>
+#include <QHash>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPointer>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+
+// The application object: owns the main menu and the delegate, drives the launch sequence, keeps
+// the Windows menu's list of windows and routes URLs to the get-URL handler. Main thread only.
+class Application final : public QApplication {
+    Q_OBJECT
+
+public:
+    Application(int& argc, char** argv);
+    ~Application() override;
+
+    // The running Application; stops the process when the application object is missing or of
+    // another kind.
+    static Application& shared();
+
+    void setMainMenu(std::unique_ptr<QMenuBar> menu);
+    QMenuBar* mainMenu() const { return mainMenu_; }
+
+    void setDelegate(std::unique_ptr<ApplicationDelegate> delegate);
+    ApplicationDelegate* delegate() const { return delegate_.get(); }
+
+    // The menu that lists the application's windows.
+    void setWindowsMenu(QMenu* menu);
+    QMenu* windowsMenu() const { return windowsMenu_; }
+    // Lists window in the Windows menu under title; a window already listed is retitled, never
+    // listed twice. The entry goes away when the window is closed or hidden.
+    void addWindowsItem(QWidget* window, const QString& title);
+
+    // The handler that receives every URL the application is asked to open. URLs that arrive
+    // before a handler is bound wait, in order, and are delivered once it is.
+    void setGetUrlHandler(GetUrlHandler* handler);
+    // Queues URLs for the handler. Each is delivered from the event loop, in order.
+    void openUrls(const QStringList& urls);
+
+    // Another launch asked for the application: hands the request to the delegate.
+    void reopen();
+
+    // will-finish-launching, did-finish-launching, then the event loop. Returns 0 when it ends.
+    int run();
+
+    // The standard actions of the menus.
+    void orderFrontStandardAboutPanel();
+    void terminate();
+    void performClose();
+    void performMiniaturize();
+    void arrangeInFront();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void removeWindowsItem(QWidget* window);
+    void deliverPendingUrls();
+
+    QPointer<QMenuBar> mainMenu_;
+    std::unique_ptr<ApplicationDelegate> delegate_;
+    QPointer<QMenu> windowsMenu_;
+    QAction* windowsSeparator_ = nullptr;
+    QHash<QWidget*, QAction*> windowsItems_;
+    QPointer<QWidget> aboutPanel_;
+    GetUrlHandler* urlHandler_ = nullptr;
+    QStringList pendingUrls_;
+    bool deliveryScheduled_ = false;
+};

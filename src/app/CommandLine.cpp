@@ -1,0 +1,65 @@
+#include "app/CommandLine.h"
+
+#include <QCommandLineParser>
+#include <QRegularExpression>
+
+CommandLine CommandLine::parse(const QStringList& arguments, const QString& version)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Lexmira companion: enables the Lexmira browser extension and completes "
+                       "its sign-in.\nA second launch hands its request to the running instance."));
+    const QCommandLineOption help(
+        {QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help and exit."));
+    const QCommandLineOption versionOption({QStringLiteral("v"), QStringLiteral("version")},
+                                           QStringLiteral("Show the version and exit."));
+    parser.addOption(help);
+    parser.addOption(versionOption);
+    parser.addPositionalArgument(QStringLiteral("url"),
+                                 QStringLiteral("A lexmira.extension:// URL to open."),
+                                 QStringLiteral("[url]"));
+    // The platform plugins' own options (-platform, -display, …) are Qt's to read.
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+
+    CommandLine result;
+    QStringList ours{arguments.value(0)};
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const QString& argument = arguments.at(i);
+        static const QStringList qtOptionsWithValue{
+            QStringLiteral("-platform"), QStringLiteral("-display"), QStringLiteral("-style"),
+            QStringLiteral("-qwindowgeometry"), QStringLiteral("-qwindowtitle"),
+            QStringLiteral("-qwindowicon"), QStringLiteral("-platformtheme"),
+            QStringLiteral("-plugin")};
+        if (qtOptionsWithValue.contains(argument)) {
+            ++i;
+            continue;
+        }
+        ours << argument;
+    }
+    if (!parser.parse(ours)) {
+        result.action = Action::fail;
+        result.text = parser.errorText();
+        return result;
+    }
+    if (parser.isSet(help)) {
+        result.action = Action::showHelp;
+        // Named as installed, whatever path it was started by.
+        result.text = parser.helpText().replace(QRegularExpression(QStringLiteral("^Usage: \\S+")),
+                                                QStringLiteral("Usage: lexmira-companion"));
+        return result;
+    }
+    if (parser.isSet(versionOption)) {
+        result.action = Action::showVersion;
+        result.text = QStringLiteral("lexmira-companion ") + version;
+        return result;
+    }
+    const QStringList positional = parser.positionalArguments();
+    if (positional.size() > 1) {
+        result.action = Action::fail;
+        result.text = QStringLiteral("Expected at most one URL, got %1.").arg(positional.size());
+        return result;
+    }
+    if (!positional.isEmpty())
+        result.url = positional.first();
+    return result;
+}

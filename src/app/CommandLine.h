@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+// What the process was asked to do on its command line.
+struct CommandLine {
+    enum class Action { run, showHelp, showVersion, fail };
+
+    Action action = Action::run;
+    // The URL to open (a sign-in callback), when one was given.
+    std::optional<QString> url;
+    // Help text, version line or error message, for the actions that print.
+    QString text;
+
+    // arguments[0] is the program name.
+    static CommandLine parse(const QStringList& arguments, const QString& version);
+};

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QMainWindow>
+
+#include <memory>
+
+class EnableExtensionViewController;
+
+// The one window: titled, closable, minimisable, never resizable; its content is the
+// enable-extension view, and it can be dragged by its background.
+class MainWindow final : public QMainWindow {
+    Q_OBJECT
+
+public:
+    MainWindow(const QString& title, std::unique_ptr<EnableExtensionViewController> content);
+    ~MainWindow() override;
+
+    EnableExtensionViewController& contentViewController() const { return *content_; }
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    std::unique_ptr<EnableExtensionViewController> content_;
+};

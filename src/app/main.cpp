@@ -1,0 +1,74 @@
+#include "Common/Bundle.h"
+#include "Common/Env.h"
+#include "app/AppDelegate.h"
+#include "app/Application.h"
+#include "app/CommandLine.h"
+#include "app/MainMenu.h"
+#include "platform/MainBundle.h"
+#include "platform/SingleInstance.h"
+
+#include <QIcon>
+
+#include <cstdio>
+
+namespace {
+
+const QString applicationId = QStringLiteral("com.lexmira.companion");
+
+QStringList argumentList(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    return arguments;
+}
+
+void print(std::FILE* stream, const QString& text)
+{
+    std::fprintf(stream, "%s\n", qUtf8Printable(text.trimmed()));
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const Bundle mainBundle(mainBundleDirectory());
+    const auto command = CommandLine::parse(
+        argumentList(argc, argv),
+        mainBundle.shortVersion().value_or(QStringLiteral(LEXMIRA_VERSION)));
+    switch (command.action) {
+    case CommandLine::Action::showHelp:
+    case CommandLine::Action::showVersion:
+        print(stdout, command.text);
+        return 0;
+    case CommandLine::Action::fail:
+        print(stderr, QStringLiteral("lexmira-companion: ") + command.text);
+        return 2;
+    case CommandLine::Action::run:
+        break;
+    }
+
+    Application application(argc, argv);
+    application.setDesktopFileName(applicationId);
+    if (const auto icon = mainBundle.pathForResource(QStringLiteral("AppIcon"), QStringLiteral("svg")))
+        application.setWindowIcon(QIcon(*icon));
+
+    // A launch that finds the instance running hands its request over and does nothing else.
+    const auto instance = SingleInstance::create();
+    if (instance->claim() == SingleInstance::Role::secondary)
+        return instance->forward(command.url) ? 0 : 1;
+
+    // The menu's titles are the first use of the environment, so the whole object graph is
+    // built here, before the delegate exists.
+    application.setMainMenu(std::make_unique<MainMenu>(QString::fromStdString(env().appInfo.appName)));
+    AppDelegate::shared();
+
+    QObject::connect(instance.get(), &SingleInstance::activateRequested, &application,
+                     &Application::reopen);
+    QObject::connect(instance.get(), &SingleInstance::openRequested, &application,
+                     &Application::openUrls);
+    if (command.url)
+        application.openUrls({*command.url});
+
+    return application.run();
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+// Receives the URLs the application is asked to open (a sign-in callback, for instance).
+// Called on the main thread, once per URL, in the order they arrived.
+class GetUrlHandler {
+public:
+    virtual ~GetUrlHandler() = default;
+    // url is none when the request carried no URL text.
+    virtual void handleGetURL(const std::optional<QString>& url) = 0;
+};

@@ -1,0 +1,7 @@
+#pragma once
+
+#include <QString>
+
+// The directory of the application bundle: LEXMIRA_BUNDLE_DIR when set, otherwise
+// <directory of the executable>/../share/lexmira-companion.
+QString mainBundleDirectory();

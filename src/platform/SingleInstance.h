@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+// Keeps the application to one instance per session. The first process becomes the instance;
+// a later launch hands its request (show the window, or open a URL) to it and exits.
+class SingleInstance : public QObject {
+    Q_OBJECT
+
+public:
+    enum class Role {
+        primary,   // this process is the instance and receives requests
+        secondary, // another process is the instance; forward() to it
+        standalone // no session bus: this process runs alone and receives nothing
+    };
+
+    using QObject::QObject;
+
+    // Claims the instance. Signals are emitted on the main thread, and only for the primary.
+    virtual Role claim() = 0;
+    // Secondary only: asks the instance to show itself (no URL) or to open url. Waits for the
+    // answer, since a forwarding process has nothing else to do. Returns false and writes the
+    // reason to stderr when the instance could not be reached.
+    virtual bool forward(const std::optional<QString>& url) = 0;
+
+    static std::unique_ptr<SingleInstance> create();
+
+Q_SIGNALS:
+    // Another launch without a URL: show the window if it is not visible.
+    void activateRequested();
+    // Another launch with URLs, in order.
+    void openRequested(const QStringList& uris);
+};

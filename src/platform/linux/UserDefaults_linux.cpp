@@ -1,0 +1,44 @@
+#include "platform/UserDefaults.h"
+
+#include <QMutex>
+#include <QMutexLocker>
+#include <QSettings>
+
+namespace {
+
+// QSettings in its native format under $XDG_CONFIG_HOME/<bundle identifier>.conf; its own
+// serialisation keeps the type of a QDateTime.
+class SettingsUserDefaults final : public UserDefaults {
+public:
+    explicit SettingsUserDefaults(const QString& bundleIdentifier)
+        : settings_(QSettings::NativeFormat, QSettings::UserScope, bundleIdentifier)
+    {
+    }
+
+    QVariant object(const QString& key) const override
+    {
+        const QMutexLocker lock(&mutex_);
+        return settings_.value(key);
+    }
+
+    void setObject(const QVariant& value, const QString& key) override
+    {
+        const QMutexLocker lock(&mutex_);
+        if (value.isValid())
+            settings_.setValue(key, value);
+        else
+            settings_.remove(key);
+        settings_.sync();
+    }
+
+private:
+    mutable QMutex mutex_; // QSettings is reentrant, not thread-safe
+    QSettings settings_;
+};
+
+} // namespace
+
+std::unique_ptr<UserDefaults> UserDefaults::standard(const QString& bundleIdentifier)
+{
+    return std::make_unique<SettingsUserDefaults>(bundleIdentifier);
+}

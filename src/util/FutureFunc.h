@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QMetaObject>
+
+#include <functional>
+#include <utility>
+
+// Helpers for callback-style asynchronous functions.
+namespace FutureFunc {
+
+// Runs work on the main thread, asynchronously, after the current event has been handled.
+inline void onMain(std::function<void()> work)
+{
+    QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(work), Qt::QueuedConnection);
+}
+
+// Wraps a completion so that, from whichever thread it is called, it runs on the main thread.
+template <class... Args>
+std::function<void(Args...)> deliverOnMain(std::function<void(Args...)> completion)
+{
+    return [completion = std::move(completion)](Args... args) {
+        onMain([completion, ... args = std::move(args)]() mutable { completion(std::move(args)...); });
+    };
+}
+
+} // namespace FutureFunc

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace Utils {
+
+// An 8-character identifier, each character drawn uniformly from [A-Za-z0-9]. Thread-safe.
+std::string randomIdentifier();
+
+} // namespace Utils

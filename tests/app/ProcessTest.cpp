@@ -1,0 +1,129 @@
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QProcess>
+
+namespace {
+
+const QString serviceName = QStringLiteral("com.lexmira.companion");
+
+bool nameOwned()
+{
+    return QDBusConnection::sessionBus().interface()->isServiceRegistered(serviceName);
+}
+
+uint ownerPid()
+{
+    return QDBusConnection::sessionBus().interface()->servicePid(serviceName).value();
+}
+
+// The application as a separate process, ended when the test ends.
+class CompanionProcess {
+public:
+    explicit CompanionProcess(const QStringList& arguments = {},
+                              const QProcessEnvironment& environment = test::childEnvironment())
+    {
+        process_.setProcessEnvironment(environment);
+        process_.start(test::companionBinary(), arguments);
+        process_.waitForStarted();
+    }
+    ~CompanionProcess()
+    {
+        if (process_.state() != QProcess::NotRunning) {
+            process_.terminate();
+            if (!process_.waitForFinished(5000))
+                process_.kill();
+            process_.waitForFinished();
+        }
+        test::waitUntil([] { return !nameOwned(); });
+    }
+    QProcess& process() { return process_; }
+
+private:
+    QProcess process_;
+};
+
+QString runToEnd(const QStringList& arguments, int* exitCode)
+{
+    QProcess process;
+    process.setProcessEnvironment(test::childEnvironment());
+    process.start(test::companionBinary(), arguments);
+    process.waitForFinished(30000);
+    *exitCode = process.exitCode();
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+TEST(Process, VersionPrintsTheBundleVersion)
+{
+    int exitCode = -1;
+    EXPECT_EQ(runToEnd({QStringLiteral("--version")}, &exitCode).trimmed(),
+              QStringLiteral("lexmira-companion 1.0.0"));
+    EXPECT_EQ(exitCode, 0);
+}
+
+TEST(Process, HelpExitsZero)
+{
+    int exitCode = -1;
+    EXPECT_TRUE(runToEnd({QStringLiteral("--help")}, &exitCode).contains(QStringLiteral("--version")));
+    EXPECT_EQ(exitCode, 0);
+}
+
+TEST(Process, LaunchingTwiceLeavesOneInstanceOwningTheName)
+{
+    CompanionProcess first;
+    ASSERT_TRUE(test::waitUntil(nameOwned, std::chrono::seconds(20)));
+    const auto firstPid = uint(first.process().processId());
+    EXPECT_EQ(ownerPid(), firstPid);
+
+    QProcess second;
+    second.setProcessEnvironment(test::childEnvironment());
+    second.start(test::companionBinary(), {});
+    ASSERT_TRUE(second.waitForFinished(20000));
+    EXPECT_EQ(second.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(second.exitCode(), 0);
+
+    EXPECT_EQ(first.process().state(), QProcess::Running);
+    EXPECT_EQ(ownerPid(), firstPid);
+}
+
+TEST(Process, QuitEndsTheProcessAndReleasesTheName)
+{
+    CompanionProcess companion;
+    ASSERT_TRUE(test::waitUntil(nameOwned, std::chrono::seconds(20)));
+    companion.process().terminate();
+    ASSERT_TRUE(companion.process().waitForFinished(10000));
+    EXPECT_TRUE(test::waitUntil([] { return !nameOwned(); }));
+}
+
+TEST(Process, BundleWithoutClientInfoStopsTheProcessNamingEnvCommon)
+{
+    test::TemporaryBundle bundle;
+    bundle.remove(QStringLiteral("clientInfo.json"));
+    CompanionProcess companion({}, test::childEnvironment(bundle.path()));
+    ASSERT_TRUE(companion.process().waitForFinished(20000));
+    EXPECT_EQ(companion.process().exitStatus(), QProcess::CrashExit);
+    const QString stderrText = QString::fromUtf8(companion.process().readAllStandardError());
+    EXPECT_TRUE(stderrText.contains(QStringLiteral("Fatal error: Could not find resource clientInfo.json")))
+        << stderrText.toStdString();
+    EXPECT_TRUE(stderrText.contains(QStringLiteral("Common/EnvCommon"))) << stderrText.toStdString();
+}
+
+TEST(Process, WithoutASessionBusTheApplicationRunsAndSaysSo)
+{
+    auto environment = test::childEnvironment();
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+                       QStringLiteral("unix:path=/nonexistent/lexmira-bus"));
+    CompanionProcess companion({}, environment);
+    QString stderrText;
+    ASSERT_TRUE(test::waitUntil([&] {
+        stderrText += QString::fromUtf8(companion.process().readAllStandardError());
+        return stderrText.contains(QStringLiteral("no session bus"));
+    }, std::chrono::seconds(20))) << stderrText.toStdString();
+    test::spin(std::chrono::milliseconds(500));
+    EXPECT_EQ(companion.process().state(), QProcess::Running);
+}
+
+} // namespace

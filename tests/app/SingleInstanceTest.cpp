@@ -1,0 +1,135 @@
+#include "platform/SingleInstance.h"
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QProcess>
+#include <QSignalSpy>
+
+namespace {
+
+const QString serviceName = QStringLiteral("com.lexmira.companion");
+
+// This test process is the instance on the test session's bus; launches of the real binary are
+// the later ones.
+class SingleInstanceOnTheBus : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        instance_ = SingleInstance::create();
+        ASSERT_EQ(instance_->claim(), SingleInstance::Role::primary);
+    }
+
+    void TearDown() override
+    {
+        instance_.reset();
+        ASSERT_TRUE(test::waitUntil([] {
+            return !QDBusConnection::sessionBus().interface()->isServiceRegistered(serviceName);
+        }));
+    }
+
+    // Runs the binary to its end while this process keeps serving the bus.
+    static int launch(const QStringList& arguments,
+                      const QString& bundleDir = test::builtBundleDir())
+    {
+        QProcess process;
+        process.setProcessEnvironment(test::childEnvironment(bundleDir));
+        process.start(test::companionBinary(), arguments);
+        if (!test::waitUntil([&] { return process.state() == QProcess::NotRunning; },
+                             std::chrono::seconds(30)))
+            process.kill();
+        process.waitForFinished();
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    }
+
+    std::unique_ptr<SingleInstance> instance_;
+};
+
+TEST_F(SingleInstanceOnTheBus, OwnsTheApplicationName)
+{
+    EXPECT_TRUE(QDBusConnection::sessionBus().interface()->isServiceRegistered(serviceName));
+}
+
+TEST_F(SingleInstanceOnTheBus, SecondClaimInTheSameSessionIsSecondary)
+{
+    // A second connection stands for a second process.
+    auto other = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("other"));
+    auto reply = other.interface()->registerService(serviceName, QDBusConnectionInterface::DontQueueService,
+                                                    QDBusConnectionInterface::DontAllowReplacement);
+    EXPECT_EQ(reply.value(), QDBusConnectionInterface::ServiceNotRegistered);
+    QDBusConnection::disconnectFromBus(QStringLiteral("other"));
+}
+
+TEST_F(SingleInstanceOnTheBus, LaunchWithUrlForwardsItAndExitsZero)
+{
+    QSignalSpy opened(instance_.get(), &SingleInstance::openRequested);
+    const QString url = QStringLiteral("lexmira.extension://oauth?code=C1&code_challenge=X1");
+    EXPECT_EQ(launch({url}), 0);
+    ASSERT_TRUE(test::waitUntil([&] { return opened.count() == 1; }));
+    EXPECT_EQ(opened.first().first().toStringList(), QStringList{url});
+}
+
+TEST_F(SingleInstanceOnTheBus, LaunchWithoutUrlActivatesAndExitsZero)
+{
+    QSignalSpy activated(instance_.get(), &SingleInstance::activateRequested);
+    QSignalSpy opened(instance_.get(), &SingleInstance::openRequested);
+    EXPECT_EQ(launch({}), 0);
+    ASSERT_TRUE(test::waitUntil([&] { return activated.count() == 1; }));
+    EXPECT_EQ(opened.count(), 0);
+}
+
+TEST_F(SingleInstanceOnTheBus, ForwardingLaunchBuildsNoEnvironment)
+{
+    // A bundle that would stop any launch that builds the environment.
+    test::TemporaryBundle broken;
+    broken.remove(QStringLiteral("clientInfo.json"));
+    QSignalSpy opened(instance_.get(), &SingleInstance::openRequested);
+    EXPECT_EQ(launch({QStringLiteral("lexmira.extension://oauth")}, broken.path()), 0);
+    ASSERT_TRUE(test::waitUntil([&] { return opened.count() == 1; }));
+}
+
+TEST_F(SingleInstanceOnTheBus, UrlsFromSeveralLaunchesArriveInOrder)
+{
+    QStringList received;
+    QObject::connect(instance_.get(), &SingleInstance::openRequested,
+                     [&](const QStringList& uris) { received << uris; });
+    for (int i = 0; i < 3; ++i)
+        ASSERT_EQ(launch({QStringLiteral("lexmira.extension://oauth?n=%1").arg(i)}), 0);
+    ASSERT_TRUE(test::waitUntil([&] { return received.size() == 3; }));
+    EXPECT_EQ(received, (QStringList{QStringLiteral("lexmira.extension://oauth?n=0"),
+                                     QStringLiteral("lexmira.extension://oauth?n=1"),
+                                     QStringLiteral("lexmira.extension://oauth?n=2")}));
+}
+
+TEST_F(SingleInstanceOnTheBus, OpenWithSeveralUrisHandsThemOverInOrder)
+{
+    QSignalSpy opened(instance_.get(), &SingleInstance::openRequested);
+    auto call = QDBusMessage::createMethodCall(serviceName, QStringLiteral("/com/lexmira/companion"),
+                                               QStringLiteral("org.freedesktop.Application"),
+                                               QStringLiteral("Open"));
+    call << QStringList{QStringLiteral("a:1"), QStringLiteral("a:2")} << QVariantMap();
+    auto other = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("caller"));
+    other.asyncCall(call);
+    ASSERT_TRUE(test::waitUntil([&] { return opened.count() == 1; }));
+    EXPECT_EQ(opened.first().first().toStringList(), (QStringList{QStringLiteral("a:1"), QStringLiteral("a:2")}));
+    QDBusConnection::disconnectFromBus(QStringLiteral("caller"));
+}
+
+TEST_F(SingleInstanceOnTheBus, UnknownActionAnswersAnError)
+{
+    auto call = QDBusMessage::createMethodCall(serviceName, QStringLiteral("/com/lexmira/companion"),
+                                               QStringLiteral("org.freedesktop.Application"),
+                                               QStringLiteral("ActivateAction"));
+    call << QStringLiteral("frobnicate") << QVariantList() << QVariantMap();
+    auto other = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("caller2"));
+    auto pending = other.asyncCall(call);
+    ASSERT_TRUE(test::waitUntil([&] { return pending.isFinished(); }));
+    EXPECT_TRUE(pending.isError());
+    EXPECT_TRUE(pending.error().message().contains(QStringLiteral("frobnicate")));
+    QDBusConnection::disconnectFromBus(QStringLiteral("caller2"));
+}
+
+} // namespace

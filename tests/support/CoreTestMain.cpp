@@ -1,0 +1,12 @@
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+
+int main(int argc, char** argv)
+{
+    ::testing::InitGoogleTest(&argc, argv);
+    // Death tests run in a fresh copy of this process, which is safe with worker threads.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    QCoreApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,13 @@
+#include "util/FatalError.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(FatalError, StopsTheProcessNamingMessageAndSourceFile)
+{
+    EXPECT_DEATH(fatalError("something is missing"),
+                 "Fatal error: something is missing: file .*FatalErrorTest.cpp, line [0-9]+");
+}
+
+} // namespace
