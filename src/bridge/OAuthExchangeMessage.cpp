@@ -1,0 +1,12 @@
+#include "bridge/OAuthExchangeMessage.h"
+
+void to_json(nlohmann::ordered_json& json, const OAuthExchangeMessage& message)
+{
+    json = nlohmann::ordered_json{{"code", message.code}, {"codeChallenge", message.codeChallenge}};
+}
+
+void from_json(const nlohmann::ordered_json& json, OAuthExchangeMessage& message)
+{
+    message.code = json.at("code").get<std::string>();
+    message.codeChallenge = json.at("codeChallenge").get<std::string>();
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+// Why a call to the extension failed, as its side (or the bus) described it.
+struct ExtensionError {
+    QString name;                 // e.g. "org.freedesktop.DBus.Error.ServiceUnknown"
+    QString localizedDescription; // the error message, shown to the user and logged
+
+    bool operator==(const ExtensionError&) const = default;
+};
+
+// The browser extension, reached by its bundle identifier: its state, its settings page and the
+// messages it understands. Every call is asynchronous with a bounded time-out and calls its
+// completion exactly once, from the event loop of the calling thread; callers must not assume
+// it is the main thread.
+class ExtensionBridge {
+public:
+    using Completion = std::function<void(std::optional<ExtensionError> error)>;
+    // enabled is none when the extension answered nothing usable; error is set on failure.
+    using StateCompletion =
+        std::function<void(std::optional<bool> enabled, std::optional<ExtensionError> error)>;
+
+    virtual ~ExtensionBridge() = default;
+
+    // userInfo none sends the message with no user info at all (not an empty object).
+    virtual void dispatchMessage(const QString& name, const QString& extensionIdentifier,
+                                 const std::optional<nlohmann::ordered_json>& userInfo,
+                                 Completion completion) = 0;
+    virtual void getState(const QString& extensionIdentifier, StateCompletion completion) = 0;
+    virtual void showPreferences(const QString& extensionIdentifier, Completion completion) = 0;
+
+    static std::unique_ptr<ExtensionBridge> create();
+};

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+// The current user's identifiers, as far as they are known. Read afresh on every access.
+class PartialUserInfoProvider {
+public:
+    virtual ~PartialUserInfoProvider() = default;
+
+    virtual std::optional<std::string> containerId() const = 0;
+    virtual std::optional<std::string> userId() const = 0;
+};

@@ -1,0 +1,22 @@
+#include "shared/Unsubscriber.h"
+
+Unsubscriber::Unsubscriber(std::function<void()> unsubscribe)
+    : unsubscribe_(std::move(unsubscribe))
+{
+}
+
+Unsubscriber::~Unsubscriber()
+{
+    unsubscribe();
+}
+
+void Unsubscriber::unsubscribe()
+{
+    std::function<void()> action;
+    {
+        const std::lock_guard lock(mutex_);
+        action.swap(unsubscribe_);
+    }
+    if (action)
+        action();
+}
