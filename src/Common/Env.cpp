@@ -1,6 +1,8 @@
 #include "Common/Env.h"
 
+#include "platform/KeychainItems.h"
 #include "platform/MainBundle.h"
+#include "platform/SharedSuite.h"
 #include "platform/UserDefaults.h"
 #include "util/FatalError.h"
 #include "util/NoDestructor.h"
@@ -18,7 +20,8 @@ QString requireBundleIdentifier(const Bundle& bundle)
 } // namespace
 
 Env::Env(const Bundle& bundle)
-    : EnvCommon(bundle)
+    : EnvCommon(bundle, SharedSuite::open(QString::fromUtf8(appGroupSuiteName)),
+                KeychainItems::create())
     , userDefaults_(UserDefaults::standard(requireBundleIdentifier(bundle)))
 {
 }

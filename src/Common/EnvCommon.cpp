@@ -20,8 +20,10 @@ ClientInfo loadClientInfo(const Bundle& bundle)
     }
 }
 
-EnvCommon::EnvCommon(const Bundle& bundle)
-    : appInfo(AppInfo::Component::companion, bundle)
+EnvCommon::EnvCommon(const Bundle& bundle, std::shared_ptr<SharedSuite> sharedSuite,
+                     std::shared_ptr<KeychainItems> keychainItems)
+    : sharedData(std::move(sharedSuite), std::move(keychainItems))
+    , appInfo(AppInfo::Component::companion, bundle)
     , clientInfo(loadClientInfo(bundle))
 {
 }

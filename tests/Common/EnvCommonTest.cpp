@@ -8,7 +8,7 @@ namespace {
 TEST(EnvCommon, HoldsTheIdentityOfTheBundle)
 {
     test::TemporaryBundle bundle;
-    const EnvCommon common{Bundle(bundle.path())};
+    const EnvCommon common{Bundle(bundle.path()), nullptr, nullptr};
     EXPECT_EQ(common.appInfo.appName, "Lexmira");
     EXPECT_EQ(common.appInfo.component, AppInfo::Component::companion);
     EXPECT_EQ(common.envType, EnvType::prod);
@@ -26,7 +26,7 @@ TEST(EnvCommonDeathTest, BundleWithoutClientInfoStopsTheProcessNamingEnvCommon)
 {
     test::TemporaryBundle bundle;
     bundle.remove(QStringLiteral("clientInfo.json"));
-    EXPECT_DEATH(EnvCommon{Bundle(bundle.path())}, "file Common/EnvCommon.cpp");
+    EXPECT_DEATH((EnvCommon{Bundle(bundle.path()), nullptr, nullptr}), "file Common/EnvCommon.cpp");
 }
 
 } // namespace

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "shared/Keychain.h"
+
+// A keychain store named together with the access level to write with. Not a DataContainer:
+// keychain items cannot be observed.
+struct KeychainDataContainer {
+    Keychain keychain;
+    Keychain::Access access = Keychain::Access::accessibleWhenUnlocked;
+};

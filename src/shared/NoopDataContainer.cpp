@@ -1,0 +1,13 @@
+#include "shared/NoopDataContainer.h"
+
+std::optional<QByteArray> NoopDataContainer::get(const QString&) const
+{
+    return std::nullopt;
+}
+
+void NoopDataContainer::set(const std::optional<QByteArray>&, const QString&) {}
+
+std::shared_ptr<Unsubscriber> NoopDataContainer::subscribe(const QString&, std::function<void()>)
+{
+    return std::make_shared<Unsubscriber>([] {});
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "bridge/OAuthExchangeMessage.h"
+#include "shared/ContainerValue.h"
+#include "shared/DataContainer.h"
+#include "shared/Keychain.h"
+#include "shared/UserInfo.h"
+
+#include <memory>
+#include <string>
+
+class SharedSuite;
+
+// The state shared with the extension: four values in the application group's suite, and the
+// keychain store of the same product. Holds no lock and caches nothing; every value reads the
+// suite afresh. Subscriptions are called back on the suite's watcher thread.
+class SharedData {
+public:
+    // Builds the four values over a UserDefaultsContainer on userDefaults, or over a
+    // NoopDataContainer when userDefaults is null (the suite could not be opened), and the
+    // keychain of the product's service and access group over keychainItems (which may be null:
+    // the keychain then fails every call).
+    SharedData(std::shared_ptr<SharedSuite> userDefaults,
+               std::shared_ptr<KeychainItems> keychainItems);
+    // Builds the four values over container; userDefaults stays null.
+    SharedData(std::shared_ptr<DataContainer> container,
+               std::shared_ptr<KeychainItems> keychainItems);
+    SharedData(const SharedData&) = delete;
+    SharedData& operator=(const SharedData&) = delete;
+
+    // Null when the suite could not be opened.
+    const std::shared_ptr<SharedSuite> userDefaults;
+    const Keychain keychain;
+
+    ContainerValue<UserInfo> userInfo;
+    ContainerValue<std::string> companionContainerId;
+    ContainerValue<OAuthExchangeMessage> oauthExchangeMessage;
+    ContainerValue<bool> oauthOpenLoginTabMessage;
+
+private:
+    SharedData(std::shared_ptr<SharedSuite> userDefaults,
+               std::shared_ptr<KeychainItems> keychainItems,
+               const std::shared_ptr<DataContainer>& container);
+};

@@ -1,0 +1,22 @@
+#include "shared/SharedUserInfoProvider.h"
+
+#include "shared/SharedData.h"
+
+SharedUserInfoProvider::SharedUserInfoProvider(const SharedData& sharedData)
+    : sharedData_(sharedData)
+{
+}
+
+std::optional<std::string> SharedUserInfoProvider::containerId() const
+{
+    if (const auto info = sharedData_.userInfo.value())
+        return info->containerId;
+    return sharedData_.companionContainerId.value();
+}
+
+std::optional<std::string> SharedUserInfoProvider::userId() const
+{
+    if (const auto info = sharedData_.userInfo.value())
+        return info->userId;
+    return std::nullopt;
+}
