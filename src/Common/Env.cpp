@@ -1,11 +1,23 @@
 #include "Common/Env.h"
 
+#include "Common/DeploymentConfig.h"
+#include "app/ModalAlertPresenter.h"
+#include "bridge/OAuth.h"
+#include "platform/ExtensionBridge.h"
+#include "platform/HttpClient.h"
+#include "platform/HttpCookieParser.h"
 #include "platform/KeychainItems.h"
 #include "platform/MainBundle.h"
 #include "platform/SharedSuite.h"
+#include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
+#include "services/Auth.h"
+#include "services/Tracker.h"
+#include "shared/SharedUserInfoProvider.h"
 #include "util/FatalError.h"
 #include "util/NoDestructor.h"
+
+#include <QUuid>
 
 namespace {
 
@@ -17,6 +29,12 @@ QString requireBundleIdentifier(const Bundle& bundle)
     return *identifier;
 }
 
+// A fresh random UUID, upper-case and hyphenated: one per process start.
+std::string newSessionId()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper().toStdString();
+}
+
 } // namespace
 
 Env::Env(const Bundle& bundle)
@@ -24,9 +42,69 @@ Env::Env(const Bundle& bundle)
                 KeychainItems::create())
     , userDefaults_(UserDefaults::standard(requireBundleIdentifier(bundle)))
 {
+    const auto deployment = DeploymentConfig::load(bundle);
+    httpClient_ = HttpClient::create();
+    skrivo_.emplace(deployment.logHost.host, deployment.logHost.port, "/logv2",
+                    deployment.webOrigin, envType, appInfo.component, clientInfo,
+                    std::make_shared<SharedUserInfoProvider>(sharedData), newSessionId(),
+                    httpClient_, SystemLog::create());
+    auth_ = std::make_shared<Auth>(clientInfo.clientType, clientInfo.clientVersion,
+                                   HttpCookieParser::create());
+    tracker_ = std::make_unique<Tracker>(clientInfo.norvClientType, clientInfo.clientVersion,
+                                         AppInfo::Component::companion, auth_, sharedData,
+                                         forcesTestEvents(envType), true, deployment,
+                                         NorvClient::Platform{httpClient_, userDefaults_.get()});
+    extensionBridge_ = ExtensionBridge::create();
+    alertPresenter_ = std::make_unique<ModalAlertPresenter>(
+        qEnvironmentVariable(ModalAlertPresenter::recordFileVariable));
+    oauth_ = std::make_unique<OAuth>(true, skrivo(), appInfo.extensionBundleIdentifier,
+                                     *extensionBridge_, sharedData, *alertPresenter_);
+
 }
 
 Env::~Env() = default;
+
+const Skrivo& Env::skrivo() const
+{
+    if (!skrivo_)
+        fatalError("env.skrivo is not set");
+    return *skrivo_;
+}
+
+const Auth& Env::auth() const
+{
+    if (!auth_)
+        fatalError("env.auth is not set");
+    return *auth_;
+}
+
+Tracker& Env::tracker() const
+{
+    if (!tracker_)
+        fatalError("env.tracker is not set");
+    return *tracker_;
+}
+
+ExtensionBridge& Env::extensionBridge() const
+{
+    if (!extensionBridge_)
+        fatalError("env.extensionBridge is not set");
+    return *extensionBridge_;
+}
+
+AlertPresenter& Env::alertPresenter() const
+{
+    if (!alertPresenter_)
+        fatalError("env.alertPresenter is not set");
+    return *alertPresenter_;
+}
+
+OAuth& Env::oauth() const
+{
+    if (!oauth_)
+        fatalError("env.oauth is not set");
+    return *oauth_;
+}
 
 Env& env()
 {

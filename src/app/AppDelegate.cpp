@@ -5,7 +5,9 @@
 #include "app/Application.h"
 #include "app/MainWindow.h"
 #include "app/MainWindowController.h"
+#include "bridge/OAuth.h"
 #include "platform/UserDefaults.h"
+#include "services/Tracker.h"
 
 namespace {
 
@@ -35,6 +37,8 @@ AppDelegate& AppDelegate::shared()
 void AppDelegate::applicationWillFinishLaunching()
 {
     env().userDefaults().setBool(false, fullScreenMenuItemKey);
+    // Bound before launch completes, so that a URL that started the application is delivered.
+    Application::shared().setGetUrlHandler(&env().oauth());
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -43,6 +47,7 @@ void AppDelegate::applicationDidFinishLaunching()
         std::make_unique<MainWindow>(QString::fromStdString(env().appInfo.appName),
                                      std::make_unique<EnableExtensionViewController>()));
     mainWindowController_->showWindow(this);
+    env().tracker().norv().recordAppStart();
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)

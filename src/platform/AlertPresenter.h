@@ -21,6 +21,6 @@ public:
     virtual ~AlertPresenter() = default;
 
     // Main thread only. Returns when the user has dismissed the alert, with the index of the
-    // button chosen.
+    // button chosen (-1 when it was closed without one).
     virtual int runModal(const Alert& alert) = 0;
 };

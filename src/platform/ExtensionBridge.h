@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,13 +18,15 @@ struct ExtensionError {
 };
 
 // The browser extension, reached by its bundle identifier: its state, its settings page and the
-// messages it understands. Every call is asynchronous with a bounded time-out and calls its
-// completion exactly once, from the event loop of the calling thread; callers must not assume
-// it is the main thread.
+// messages it understands. Every call returns at once and calls its completion exactly once,
+// later, from the event loop of the calling thread (never from inside the call); callers must not
+// assume it is the main thread. A call that gets no answer within the bridge's time-out completes
+// with an error. A bridge destroyed with calls in flight still completes them.
 class ExtensionBridge {
 public:
     using Completion = std::function<void(std::optional<ExtensionError> error)>;
-    // enabled is none when the extension answered nothing usable; error is set on failure.
+    // enabled is none when the extension answered nothing usable (error none) or failed (error
+    // set).
     using StateCompletion =
         std::function<void(std::optional<bool> enabled, std::optional<ExtensionError> error)>;
 
@@ -36,5 +39,9 @@ public:
     virtual void getState(const QString& extensionIdentifier, StateCompletion completion) = 0;
     virtual void showPreferences(const QString& extensionIdentifier, Completion completion) = 0;
 
-    static std::unique_ptr<ExtensionBridge> create();
+    static constexpr std::chrono::milliseconds defaultTimeout{5'000};
+
+    // The extension's native side on the session bus.
+    static std::unique_ptr<ExtensionBridge>
+    create(std::chrono::milliseconds timeout = defaultTimeout);
 };

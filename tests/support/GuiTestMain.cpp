@@ -1,4 +1,5 @@
 #include "app/Application.h"
+#include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -6,6 +7,7 @@ int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
+    test::useLoopbackServices();
     // Widgets render offscreen unless a test sets up a real display itself.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");

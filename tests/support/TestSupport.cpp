@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QThread>
 
+#include <utility>
+
 namespace test {
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout)
@@ -29,6 +31,19 @@ void spin(std::chrono::milliseconds duration)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
         QThread::msleep(2);
     }
+}
+
+void useLoopbackServices()
+{
+    // Port 9 (discard) on loopback: connections are refused at once.
+    const std::pair<const char*, const char*> overrides[] = {
+        {"LEXMIRA_ACCOUNT_HOST", "127.0.0.1:9"},
+        {"LEXMIRA_ANALYTICS_URL", "https://127.0.0.1:9"},
+        {"LEXMIRA_LOG_HOST", "127.0.0.1:9"},
+    };
+    for (const auto& [name, value] : overrides)
+        if (qEnvironmentVariableIsEmpty(name))
+            qputenv(name, value);
 }
 
 QString companionBinary()

@@ -18,6 +18,11 @@ bool waitUntil(const std::function<bool()>& condition,
 // Runs the event loop for duration.
 void spin(std::chrono::milliseconds duration);
 
+// Points the service hosts of every environment this process builds, and of its children, at a
+// loopback port where nothing listens, unless a test names its own. Test processes never reach
+// the shipped placeholder hosts, not even through a name lookup.
+void useLoopbackServices();
+
 // The application binary and the bundle the build lays out beside it.
 QString companionBinary();
 QString builtBundleDir();

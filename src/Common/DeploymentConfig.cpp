@@ -1,0 +1,45 @@
+#include "Common/DeploymentConfig.h"
+
+#include "util/FatalError.h"
+
+#include <nlohmann/json.hpp>
+
+#include <QFile>
+
+namespace {
+
+std::string setting(const nlohmann::json& file, const char* key,
+                    const QProcessEnvironment& environment, const char* override)
+{
+    const QString overridden = environment.value(QString::fromLatin1(override));
+    if (!overridden.isEmpty())
+        return overridden.toStdString();
+    return file.at(key).get<std::string>();
+}
+
+} // namespace
+
+DeploymentConfig DeploymentConfig::load(const Bundle& bundle,
+                                        const QProcessEnvironment& environment)
+{
+    const auto path = bundle.pathForResource(QStringLiteral("services"), QStringLiteral("json"));
+    if (!path)
+        fatalError("Could not find resource services.json in the application bundle");
+    QFile file(*path);
+    if (!file.open(QIODevice::ReadOnly))
+        fatalError("Could not read services.json: " + file.errorString().toStdString());
+    const QByteArray text = file.readAll();
+    try {
+        const auto json = nlohmann::json::parse(text.begin(), text.end());
+        DeploymentConfig config;
+        config.accountHost =
+            ServiceHost::parse(setting(json, "accountHost", environment, "LEXMIRA_ACCOUNT_HOST"));
+        config.analyticsUrl = setting(json, "analyticsUrl", environment, "LEXMIRA_ANALYTICS_URL");
+        config.logHost =
+            ServiceHost::parse(setting(json, "logHost", environment, "LEXMIRA_LOG_HOST"));
+        config.webOrigin = setting(json, "webOrigin", environment, "LEXMIRA_WEB_ORIGIN");
+        return config;
+    } catch (const nlohmann::json::exception& error) {
+        fatalError(std::string("Could not decode services.json: ") + error.what());
+    }
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+// What a valid sign-in callback URL carries. Both fields are always present; either may be
+// the empty string.
+struct OAuthResultUrlData {
+    std::string code;
+    std::string codeChallenge;
+
+    bool operator==(const OAuthResultUrlData&) const = default;
+};

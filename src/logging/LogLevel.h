@@ -1,0 +1,11 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+// How serious a remote log message is.
+enum class LogLevel { info, warn, error };
+
+// "INFO", "WARN", "ERROR".
+std::string_view rawValue(LogLevel level);
+std::optional<LogLevel> logLevelFromRawValue(std::string_view raw);

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+// Header fields in the order they are set or were received. Names keep their spelling.
+using HttpHeaderFields = std::vector<std::pair<QByteArray, QByteArray>>;
+
+// One request. The client keeps no cookie store and no cache: a request carries exactly the
+// header fields given here (plus the transport's own, such as Host and Content-Length), no
+// cookie is ever added or remembered, and every request goes to the server.
+struct HttpRequest {
+    QUrl url;
+    QByteArray method = QByteArrayLiteral("GET");
+    HttpHeaderFields headerFields;
+    QByteArray body;
+    // How long the request may stay idle (no bytes moving) before it fails.
+    std::chrono::milliseconds timeout = std::chrono::seconds(60);
+
+    // The value of the first field named name (case-insensitively), if any.
+    std::optional<QByteArray> value(const QByteArray& name) const;
+    // Appends a field; an existing field of the same name (case-insensitively) is replaced in
+    // place.
+    void setValue(const QByteArray& value, const QByteArray& name);
+};
+
+// What the server answered: any status, 4xx and 5xx included, is a response, not an error.
+struct HttpResponse {
+    int statusCode = 0;
+    // As received. Repeated Set-Cookie fields arrive as one field, the values separated by "\n".
+    HttpHeaderFields headerFields;
+    // The URL that answered, after any redirect.
+    QUrl url;
+
+    std::optional<QByteArray> value(const QByteArray& name) const;
+};
+
+// Why no response came: no connection, a TLS failure, a time-out, a broken answer.
+struct HttpError {
+    QString localizedDescription;
+};
+
+// Sends HTTPS requests on a worker thread of its own (the session's queue). TLS peers are always
+// verified; the only certificates trusted besides the system's are those of the PEM file named
+// by LEXMIRA_EXTRA_CA_FILE.
+class HttpClient {
+public:
+    // Called exactly once per request, on the client's worker thread — never the main thread —
+    // unless the client is destroyed first, in which case requests still running are dropped
+    // without a call. When a response came, data holds its body (present, possibly empty) and
+    // error is none; otherwise error is set and data and response are none.
+    using Completion =
+        std::function<void(std::optional<QByteArray> data, std::optional<HttpResponse> response,
+                           std::optional<HttpError> error)>;
+
+    virtual ~HttpClient() = default;
+
+    // Starts the request and returns at once. Callable from any thread.
+    virtual void send(HttpRequest request, Completion completion) = 0;
+
+    static std::unique_ptr<HttpClient> create();
+};

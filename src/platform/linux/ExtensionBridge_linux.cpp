@@ -1,0 +1,116 @@
+#include "platform/ExtensionBridge.h"
+
+#include "platform/linux/ExtensionBus.h"
+#include "util/Json.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QObject>
+#include <QTimer>
+
+#include <utility>
+
+namespace {
+
+ExtensionError errorOf(const QDBusError& error)
+{
+    return ExtensionError{error.name(), error.message()};
+}
+
+// The extension's native side on the session bus, one method call per request. The bus
+// connection is shared by the whole process; each call owns its watcher, which lives in the
+// calling thread and deletes itself once it has delivered the answer.
+class DBusExtensionBridge final : public ExtensionBridge {
+public:
+    explicit DBusExtensionBridge(std::chrono::milliseconds timeout)
+        : timeout_(timeout)
+    {
+    }
+
+    void dispatchMessage(const QString& name, const QString& extensionIdentifier,
+                         const std::optional<nlohmann::ordered_json>& userInfo,
+                         Completion completion) override
+    {
+        // No user info travels as the empty string; any user info as one JSON object.
+        QString userInfoText;
+        if (userInfo) {
+            const auto bytes = Json::encode(*userInfo);
+            if (!bytes) {
+                QTimer::singleShot(0, [completion = std::move(completion)] {
+                    completion(ExtensionError{
+                        QStringLiteral("com.lexmira.Companion.Error.InvalidUserInfo"),
+                        QStringLiteral("The message to the extension could not be encoded.")});
+                });
+                return;
+            }
+            userInfoText = QString::fromUtf8(*bytes);
+        }
+        call(extensionIdentifier, ExtensionBus::dispatchMessageMethod, {name, userInfoText},
+             [completion = std::move(completion)](const QDBusMessage& reply) {
+                 if (reply.type() == QDBusMessage::ErrorMessage)
+                     completion(errorOf(QDBusError(reply)));
+                 else
+                     completion(std::nullopt);
+             });
+    }
+
+    void getState(const QString& extensionIdentifier, StateCompletion completion) override
+    {
+        call(extensionIdentifier, ExtensionBus::getStateMethod, {},
+             [completion = std::move(completion)](const QDBusMessage& reply) {
+                 if (reply.type() == QDBusMessage::ErrorMessage) {
+                     completion(std::nullopt, errorOf(QDBusError(reply)));
+                     return;
+                 }
+                 const QVariantList arguments = reply.arguments();
+                 if (reply.signature() != QLatin1String("b") || arguments.size() != 1) {
+                     completion(std::nullopt, std::nullopt);
+                     return;
+                 }
+                 completion(arguments.front().toBool(), std::nullopt);
+             });
+    }
+
+    void showPreferences(const QString& extensionIdentifier, Completion completion) override
+    {
+        call(extensionIdentifier, ExtensionBus::showPreferencesMethod, {},
+             [completion = std::move(completion)](const QDBusMessage& reply) {
+                 if (reply.type() == QDBusMessage::ErrorMessage)
+                     completion(errorOf(QDBusError(reply)));
+                 else
+                     completion(std::nullopt);
+             });
+    }
+
+private:
+    // Sends one call and hands its answer (the reply, or an error message: from the peer, from
+    // the bus, or NoReply after the time-out) to answered, on the calling thread's event loop.
+    void call(const QString& extensionIdentifier, const QString& method,
+              const QVariantList& arguments, std::function<void(const QDBusMessage&)> answered)
+    {
+        auto message = QDBusMessage::createMethodCall(extensionIdentifier,
+                                                      ExtensionBus::objectPath(extensionIdentifier),
+                                                      ExtensionBus::interfaceName, method);
+        message.setArguments(arguments);
+        const QDBusPendingCall pending =
+            QDBusConnection::sessionBus().asyncCall(message, int(timeout_.count()));
+        // A call that failed at once (no bus, an invalid name) is finished already; the watcher
+        // still reports it from the event loop, never from inside this call.
+        auto* watcher = new QDBusPendingCallWatcher(pending);
+        QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
+                         [answered = std::move(answered)](QDBusPendingCallWatcher* finished) {
+                             finished->deleteLater();
+                             answered(finished->reply());
+                         });
+    }
+
+    std::chrono::milliseconds timeout_;
+};
+
+} // namespace
+
+std::unique_ptr<ExtensionBridge> ExtensionBridge::create(std::chrono::milliseconds timeout)
+{
+    return std::make_unique<DBusExtensionBridge>(timeout);
+}

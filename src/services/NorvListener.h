@@ -1,0 +1,16 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+// Told about every usage event the tracker records. Register a QObject that also derives from
+// this; it is held weakly.
+class NorvListener {
+public:
+    virtual ~NorvListener() = default;
+
+    // Called on the main thread after the event was handed to the analytics client.
+    virtual void norvDidRecordEvent(const std::string& name,
+                                    const nlohmann::ordered_json& props) = 0;
+};

@@ -1,0 +1,95 @@
+#include "services/Tracker.h"
+
+#include "util/FatalError.h"
+#include "util/FutureFunc.h"
+
+namespace {
+
+// The analytics endpoint: an https URL with a host.
+QUrl analyticsUrl(const std::string& text)
+{
+    const QUrl url(QString::fromStdString(text), QUrl::StrictMode);
+    if (!url.isValid() || url.scheme() != QStringLiteral("https") || url.host().isEmpty())
+        fatalError("The analytics URL does not parse: " + text);
+    return url;
+}
+
+} // namespace
+
+Tracker::Tracker(std::string norvClientType, std::string clientVersion,
+                 AppInfo::Component component, std::shared_ptr<const Auth> auth,
+                 const SharedData& sharedData, bool forceIsTest, bool isPingDisabled,
+                 const DeploymentConfig& deployment, NorvClient::Platform platform)
+    : norv_(std::make_unique<NorvClient>(deployment.webOrigin,
+                                         analyticsUrl(deployment.analyticsUrl),
+                                         std::move(norvClientType), std::move(clientVersion),
+                                         forceIsTest, isPingDisabled, platform),
+            Norv::Props(), component)
+    , auth_(std::move(auth))
+    , sharedUserInfo_(sharedData.userInfo)
+    , sharedCompanionContainerId_(sharedData.companionContainerId)
+    , accountHost_(deployment.accountHost)
+    , httpClient_(platform.httpClient)
+    , self_(std::make_shared<Tracker*>(this))
+{
+    userChangeUnsubscriber_ =
+        sharedUserInfo_.subscribe([self = std::weak_ptr(self_)](std::optional<UserInfo> userInfo) {
+            FutureFunc::onMain([self, userInfo = std::move(userInfo)] {
+                if (const auto tracker = self.lock())
+                    (*tracker)->sharedUserInfoChanged(userInfo);
+            });
+        });
+
+    if (const auto userInfo = sharedUserInfo_.value())
+        norv_.client().setUserInfo(*userInfo);
+    else
+        fetchUser();
+}
+
+Tracker::~Tracker()
+{
+    userChangeUnsubscriber_->unsubscribe();
+}
+
+void Tracker::fetchUser()
+{
+    const auto url = Auth::userUrl(accountHost_);
+    if (!url)
+        return;
+    const auto containerId = sharedCompanionContainerId_.value();
+    httpClient_->send(auth_->makeUserRequest("POST", *url, std::nullopt, containerId),
+                      [auth = auth_, url = *url, containerId, self = std::weak_ptr(self_)](
+                          std::optional<QByteArray> data, std::optional<HttpResponse> response,
+                          std::optional<HttpError> error) {
+                          auth->handleUserResponse(
+                              data, response, error, url, std::nullopt, containerId,
+                              [self](std::optional<Auth::User> user) {
+                                  if (!user)
+                                      return;
+                                  FutureFunc::onMain([self, user = std::move(*user)] {
+                                      if (const auto tracker = self.lock())
+                                          (*tracker)->userFetched(user);
+                                  });
+                              });
+                      });
+}
+
+void Tracker::sharedUserInfoChanged(const std::optional<UserInfo>& userInfo)
+{
+    norv_.client().setUserInfo(userInfo);
+    if (!userInfo)
+        fetchUser();
+}
+
+void Tracker::userFetched(const Auth::User& user)
+{
+    // The extension shared a user meanwhile; the subscription has handed it on already.
+    if (sharedUserInfo_.value())
+        return;
+    // A user without a container identifier leaves the shared one unset, and stands in the
+    // analytics client with an empty one.
+    if (!sharedCompanionContainerId_.value() && user.containerId)
+        sharedCompanionContainerId_.setValue(*user.containerId);
+    norv_.client().setUserInfo(
+        UserInfo{user.id, user.isTest, user.isAnonymous, user.containerId.value_or(std::string())});
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Common/AppInfo.h"
+#include "Common/DeploymentConfig.h"
+#include "services/Auth.h"
+#include "services/Norv.h"
+#include "services/NorvClient.h"
+#include "shared/ContainerValue.h"
+#include "shared/SharedData.h"
+#include "shared/Unsubscriber.h"
+#include "shared/UserInfo.h"
+
+#include <memory>
+#include <string>
+
+// The application's usage tracker: records events through norv() and keeps the analytics
+// client's user in step with the user the extension shares. When none is shared it asks the
+// account service, and seeds the companion container identifier from the answer if none is
+// stored yet. Main thread only: shared-suite notifications and account answers are brought back
+// to the main thread before they touch anything.
+class Tracker {
+public:
+    // May already start a user fetch. sharedData and the user defaults in platform must outlive
+    // the tracker.
+    Tracker(std::string norvClientType, std::string clientVersion, AppInfo::Component component,
+            std::shared_ptr<const Auth> auth, const SharedData& sharedData, bool forceIsTest,
+            bool isPingDisabled, const DeploymentConfig& deployment, NorvClient::Platform platform);
+    ~Tracker();
+    Tracker(const Tracker&) = delete;
+    Tracker& operator=(const Tracker&) = delete;
+
+    Norv& norv() { return norv_; }
+
+    // Asks the account service who the user is, sending the stored companion container
+    // identifier. A user that arrives while none is shared becomes the analytics client's user;
+    // no answer changes nothing.
+    void fetchUser();
+
+private:
+    void sharedUserInfoChanged(const std::optional<UserInfo>& userInfo);
+    void userFetched(const Auth::User& user);
+
+    Norv norv_;
+    std::shared_ptr<const Auth> auth_;
+    ContainerValue<UserInfo> sharedUserInfo_;
+    ContainerValue<std::string> sharedCompanionContainerId_;
+    ServiceHost accountHost_;
+    std::shared_ptr<HttpClient> httpClient_;
+    // Callbacks from other threads hold the tracker through this, weakly, and check it on the
+    // main thread, where the tracker is destroyed.
+    std::shared_ptr<Tracker*> self_;
+    std::shared_ptr<Unsubscriber> userChangeUnsubscriber_;
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/AlertPresenter.h"
+
+#include <functional>
+#include <vector>
+
+// Answers every alert at once, without showing anything, and keeps each one in the order shown.
+class RecordingAlertPresenter final : public AlertPresenter {
+public:
+    int runModal(const Alert& alert) override
+    {
+        alerts.push_back(alert);
+        if (onShow)
+            onShow(alert);
+        return answer;
+    }
+
+    std::vector<Alert> alerts;
+    // The index of the button "chosen".
+    int answer = 0;
+    // Called while the alert is "on screen", before runModal returns.
+    std::function<void(const Alert&)> onShow;
+};

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "shared/UserInfo.h"
+
+#include <QDBusConnection>
+#include <QDBusVirtualObject>
+#include <QFile>
+#include <QString>
+
+#include <chrono>
+#include <optional>
+
+class SharedData;
+
+// Stands in for the browser extension's native side: answers com.lexmira.Extension1 as the
+// extension would, and com.lexmira.DevExtension1 so tests and scripts can steer it. Every call
+// of the extension's interface is appended to the record file as one JSON line. Main thread
+// only.
+class DevExtension final : public QDBusVirtualObject {
+    Q_OBJECT
+
+public:
+    static const QString controlInterface;
+    // The error every failure it is asked for is answered with.
+    static const QString failureErrorName;
+
+    struct Behaviour {
+        bool enabled = true;
+        // Fails the next DispatchMessage with this message, then only once.
+        std::optional<QString> failNextDispatch;
+        std::optional<QString> failEveryDispatch;
+        std::optional<QString> failGetState;
+        std::optional<QString> failShowPreferences;
+        // After ShowPreferences ("the user opens the settings"), becomes enabled after this long.
+        std::optional<std::chrono::milliseconds> enableAfterPreferences;
+        // Answers an "oauthExchange" that carries a code and a challenge by storing signedInUser
+        // as the shared "userInfo", as the extension does once its token exchange succeeded.
+        bool signInOnExchange = false;
+        UserInfo signedInUser{"dev-user", false, false, "dev-container"};
+        // Every answer of the extension's interface waits this long.
+        std::chrono::milliseconds replyDelay{0};
+        // GetState answers a string instead of a Boolean.
+        bool wrongStateType = false;
+    };
+
+    // sharedData must outlive the object. recordPath empty records nothing.
+    DevExtension(QDBusConnection bus, Behaviour behaviour, const QString& recordPath,
+                 SharedData& sharedData, QObject* parent = nullptr);
+
+    QString introspect(const QString& path) const override;
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
+
+private:
+    QDBusMessage answerExtensionCall(const QDBusMessage& call);
+    QDBusMessage answerControlCall(const QDBusMessage& call);
+    QDBusMessage dispatchMessage(const QDBusMessage& call, const QString& name,
+                                 const QString& userInfo);
+    void signIn(const QString& userInfo);
+    void record(const QDBusMessage& call, const std::optional<QString>& failure);
+    void send(const QDBusMessage& reply, std::chrono::milliseconds delay);
+
+    QDBusConnection bus_;
+    Behaviour behaviour_;
+    QFile recordFile_;
+    SharedData& sharedData_;
+};

@@ -1,0 +1,263 @@
+// lexmira-dev-extension: a development stand-in for the browser extension's native side, so the
+// companion's whole flow runs on a machine without a browser. See --help.
+
+#include "Common/EnvCommon.h"
+#include "DevExtension.h"
+#include "platform/SharedSuite.h"
+#include "platform/linux/ExtensionBus.h"
+#include "shared/SharedData.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+
+#include <cstdio>
+#include <map>
+
+namespace {
+
+const QString defaultName = QStringLiteral("com.lexmira.companion.ext");
+
+void printError(const QString& text)
+{
+    std::fprintf(stderr, "lexmira-dev-extension: %s\n", qUtf8Printable(text));
+}
+
+// What a "ctl" command calls on a running peer, and the type of its one argument.
+struct ControlCommand {
+    QString method;
+    enum class Argument { none, string, integer, unsignedInteger } argument;
+    // The Boolean a command without argument passes, if any.
+    std::optional<bool> fixedBoolean;
+};
+
+const std::map<QString, ControlCommand>& controlCommands()
+{
+    using A = ControlCommand::Argument;
+    static const std::map<QString, ControlCommand> commands{
+        {QStringLiteral("enable"), {QStringLiteral("SetEnabled"), A::none, true}},
+        {QStringLiteral("disable"), {QStringLiteral("SetEnabled"), A::none, false}},
+        {QStringLiteral("fail-next-dispatch"), {QStringLiteral("FailNextDispatch"), A::string, {}}},
+        {QStringLiteral("fail-every-dispatch"),
+         {QStringLiteral("FailEveryDispatch"), A::string, {}}},
+        {QStringLiteral("fail-state"), {QStringLiteral("FailGetState"), A::string, {}}},
+        {QStringLiteral("fail-preferences"),
+         {QStringLiteral("FailShowPreferences"), A::string, {}}},
+        {QStringLiteral("clear-failures"), {QStringLiteral("ClearFailures"), A::none, {}}},
+        {QStringLiteral("enable-after-preferences"),
+         {QStringLiteral("SetEnableAfterPreferences"), A::integer, {}}},
+        {QStringLiteral("sign-in-on-exchange"),
+         {QStringLiteral("SetSignInOnExchange"), A::none, true}},
+        {QStringLiteral("no-sign-in-on-exchange"),
+         {QStringLiteral("SetSignInOnExchange"), A::none, false}},
+        {QStringLiteral("reply-delay"), {QStringLiteral("SetReplyDelay"), A::unsignedInteger, {}}},
+        {QStringLiteral("wrong-state-type"), {QStringLiteral("SetWrongStateType"), A::none, true}},
+        {QStringLiteral("right-state-type"), {QStringLiteral("SetWrongStateType"), A::none, false}},
+        {QStringLiteral("quit"), {QStringLiteral("Quit"), A::none, {}}},
+    };
+    return commands;
+}
+
+const QString helpText = QStringLiteral(R"(
+Controlling a running peer:
+  lexmira-dev-extension ctl [--name ID] COMMAND [ARGUMENT]
+  COMMAND is one of: enable, disable, fail-next-dispatch MESSAGE, fail-every-dispatch MESSAGE,
+  fail-state MESSAGE, fail-preferences MESSAGE, clear-failures, enable-after-preferences MS
+  (negative: never), sign-in-on-exchange, no-sign-in-on-exchange, reply-delay MS,
+  wrong-state-type, right-state-type, quit.
+  The same methods are on the bus as interface com.lexmira.DevExtension1 at the peer's path.
+
+Each call of com.lexmira.Extension1 is appended to the --record file as one JSON line:
+  {"method":"DispatchMessage","name":"...","userInfo":"<as received>",
+   "storedRecord":"<shared \"message.<name>Message\" at that moment>"|null,"failedWith":"..."}
+("name", "userInfo" and "storedRecord" only for DispatchMessage, "failedWith" only when the call
+was failed).)");
+
+int control(const QStringList& arguments)
+{
+    QStringList rest = arguments;
+    QString name = defaultName;
+    if (rest.size() >= 2 && rest.front() == QLatin1String("--name")) {
+        name = rest.at(1);
+        rest = rest.mid(2);
+    }
+    const auto found = controlCommands().find(rest.value(0));
+    if (found == controlCommands().end()) {
+        printError(QStringLiteral("unknown control command \"%1\"; see --help").arg(rest.value(0)));
+        return 2;
+    }
+    const ControlCommand& command = found->second;
+    using A = ControlCommand::Argument;
+    const bool needsArgument = command.argument != A::none;
+    if (rest.size() != (needsArgument ? 2 : 1)) {
+        printError(
+            QStringLiteral("%1 takes %2 argument")
+                .arg(rest.front(), needsArgument ? QStringLiteral("one") : QStringLiteral("no")));
+        return 2;
+    }
+    auto call = QDBusMessage::createMethodCall(name, ExtensionBus::objectPath(name),
+                                               DevExtension::controlInterface, command.method);
+    bool numeric = true;
+    switch (command.argument) {
+    case A::none:
+        if (command.fixedBoolean)
+            call << *command.fixedBoolean;
+        break;
+    case A::string:
+        call << rest.at(1);
+        break;
+    case A::integer:
+        call << rest.at(1).toInt(&numeric);
+        break;
+    case A::unsignedInteger:
+        call << rest.at(1).toUInt(&numeric);
+        break;
+    }
+    if (!numeric) {
+        printError(QStringLiteral("%1 is not a number").arg(rest.at(1)));
+        return 2;
+    }
+    const QDBusMessage answer = QDBusConnection::sessionBus().call(call, QDBus::Block, 10'000);
+    if (answer.type() == QDBusMessage::ErrorMessage) {
+        printError(answer.errorMessage());
+        return 1;
+    }
+    return 0;
+}
+
+std::optional<std::chrono::milliseconds> milliseconds(const QString& text)
+{
+    bool ok = false;
+    const int value = text.toInt(&ok);
+    if (!ok || value < 0)
+        return std::nullopt;
+    return std::chrono::milliseconds(value);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("lexmira-dev-extension"));
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == QLatin1String("ctl"))
+        return control(arguments.mid(2));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("A stand-in for the Lexmira browser extension's native side on the session "
+                       "bus: owns its name, answers com.lexmira.Extension1 and records every "
+                       "call.") +
+        helpText);
+    parser.addHelpOption();
+    const QCommandLineOption nameOption(
+        QStringLiteral("name"), QStringLiteral("The extension identifier (bus name) to own."),
+        QStringLiteral("ID"), defaultName);
+    const QCommandLineOption disabledOption(QStringLiteral("disabled"),
+                                            QStringLiteral("Start disabled (default: enabled)."));
+    const QCommandLineOption recordOption(
+        QStringLiteral("record"), QStringLiteral("Append every call as a JSON line to FILE."),
+        QStringLiteral("FILE"));
+    const QCommandLineOption failNextOption(
+        QStringLiteral("fail-next-dispatch"),
+        QStringLiteral("Fail the next DispatchMessage with MESSAGE."), QStringLiteral("MESSAGE"));
+    const QCommandLineOption failEveryOption(
+        QStringLiteral("fail-every-dispatch"),
+        QStringLiteral("Fail every DispatchMessage with MESSAGE."), QStringLiteral("MESSAGE"));
+    const QCommandLineOption failStateOption(QStringLiteral("fail-state"),
+                                             QStringLiteral("Fail every GetState with MESSAGE."),
+                                             QStringLiteral("MESSAGE"));
+    const QCommandLineOption failPreferencesOption(
+        QStringLiteral("fail-preferences"),
+        QStringLiteral("Fail every ShowPreferences with MESSAGE."), QStringLiteral("MESSAGE"));
+    const QCommandLineOption enableAfterOption(
+        QStringLiteral("enable-after-preferences"),
+        QStringLiteral("Become enabled MS milliseconds after ShowPreferences."),
+        QStringLiteral("MS"));
+    const QCommandLineOption signInOption(
+        QStringLiteral("sign-in-on-exchange"),
+        QStringLiteral("Answer an \"oauthExchange\" carrying a code and a challenge by storing a "
+                       "signed-in user as the shared \"userInfo\"."));
+    const QCommandLineOption userIdOption(QStringLiteral("user-id"),
+                                          QStringLiteral("userId of the signed-in user."),
+                                          QStringLiteral("ID"), QStringLiteral("dev-user"));
+    const QCommandLineOption containerIdOption(
+        QStringLiteral("container-id"), QStringLiteral("containerId of the signed-in user."),
+        QStringLiteral("ID"), QStringLiteral("dev-container"));
+    const QCommandLineOption replyDelayOption(
+        QStringLiteral("reply-delay"),
+        QStringLiteral("Answer every call of the extension's interface after MS milliseconds."),
+        QStringLiteral("MS"));
+    const QCommandLineOption wrongStateTypeOption(QStringLiteral("wrong-state-type"),
+                                                  QStringLiteral("Answer GetState with a string."));
+    parser.addOptions({nameOption, disabledOption, recordOption, failNextOption, failEveryOption,
+                       failStateOption, failPreferencesOption, enableAfterOption, signInOption,
+                       userIdOption, containerIdOption, replyDelayOption, wrongStateTypeOption});
+    parser.process(application);
+
+    DevExtension::Behaviour behaviour;
+    behaviour.enabled = !parser.isSet(disabledOption);
+    if (parser.isSet(failNextOption))
+        behaviour.failNextDispatch = parser.value(failNextOption);
+    if (parser.isSet(failEveryOption))
+        behaviour.failEveryDispatch = parser.value(failEveryOption);
+    if (parser.isSet(failStateOption))
+        behaviour.failGetState = parser.value(failStateOption);
+    if (parser.isSet(failPreferencesOption))
+        behaviour.failShowPreferences = parser.value(failPreferencesOption);
+    for (const auto* option : {&enableAfterOption, &replyDelayOption}) {
+        if (!parser.isSet(*option))
+            continue;
+        const auto value = milliseconds(parser.value(*option));
+        if (!value) {
+            printError(
+                QStringLiteral("--%1 takes a number of milliseconds").arg(option->names().front()));
+            return 2;
+        }
+        if (option == &enableAfterOption)
+            behaviour.enableAfterPreferences = value;
+        else
+            behaviour.replyDelay = *value;
+    }
+    behaviour.signInOnExchange = parser.isSet(signInOption);
+    behaviour.signedInUser.userId = parser.value(userIdOption).toStdString();
+    behaviour.signedInUser.containerId = parser.value(containerIdOption).toStdString();
+    behaviour.wrongStateType = parser.isSet(wrongStateTypeOption);
+
+    auto bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) {
+        printError(QStringLiteral("no session bus: ") + bus.lastError().message());
+        return 1;
+    }
+    const QString name = parser.value(nameOption);
+
+    // The same suite, through the same code, as the companion: what it stores is byte for byte
+    // what the companion reads.
+    std::shared_ptr<SharedSuite> suite = SharedSuite::open(QString::fromUtf8(appGroupSuiteName));
+    if (!suite && behaviour.signInOnExchange)
+        printError(QStringLiteral("the shared suite cannot be opened; signing in stores nothing"));
+    SharedData sharedData(suite, nullptr);
+
+    DevExtension extension(bus, behaviour, parser.value(recordOption), sharedData);
+    if (!bus.registerVirtualObject(ExtensionBus::objectPath(name), &extension)) {
+        printError(QStringLiteral("cannot export %1: %2")
+                       .arg(ExtensionBus::objectPath(name), bus.lastError().message()));
+        return 1;
+    }
+    const auto claimed =
+        bus.interface()->registerService(name, QDBusConnectionInterface::DontQueueService,
+                                         QDBusConnectionInterface::DontAllowReplacement);
+    if (!claimed.isValid() || claimed.value() != QDBusConnectionInterface::ServiceRegistered) {
+        printError(QStringLiteral("cannot own %1: %2")
+                       .arg(name, claimed.isValid() ? QStringLiteral("another process owns it")
+                                                    : claimed.error().message()));
+        return 1;
+    }
+    std::printf("lexmira-dev-extension: serving %s at %s\n", qUtf8Printable(name),
+                qUtf8Printable(ExtensionBus::objectPath(name)));
+    std::fflush(stdout);
+    return application.exec();
+}
