@@ -1,8 +1,10 @@
 #include "Common/Env.h"
 
 #include "Common/DeploymentConfig.h"
+#include "EnableExtensionView/ExtensionPreferences.h"
 #include "app/ModalAlertPresenter.h"
 #include "bridge/OAuth.h"
+#include "platform/Appearance.h"
 #include "platform/ExtensionBridge.h"
 #include "platform/HttpClient.h"
 #include "platform/HttpCookieParser.h"
@@ -11,6 +13,7 @@
 #include "platform/SharedSuite.h"
 #include "platform/SystemLog.h"
 #include "platform/UserDefaults.h"
+#include "platform/UserNotifications.h"
 #include "services/Auth.h"
 #include "services/Tracker.h"
 #include "shared/SharedUserInfoProvider.h"
@@ -60,6 +63,12 @@ Env::Env(const Bundle& bundle)
     oauth_ = std::make_unique<OAuth>(true, skrivo(), appInfo.extensionBundleIdentifier,
                                      *extensionBridge_, sharedData, *alertPresenter_);
 
+    // The desktop and the user interface's own long-lived helpers.
+    appearance_ = Appearance::create();
+    userNotifications_ = UserNotifications::create(QString::fromStdString(appInfo.appName));
+    extensionPreferences_ = std::make_unique<ExtensionPreferences>(
+        *extensionBridge_, QString::fromStdString(appInfo.extensionBundleIdentifier),
+        *alertPresenter_, skrivo());
 }
 
 Env::~Env() = default;
@@ -104,6 +113,27 @@ OAuth& Env::oauth() const
     if (!oauth_)
         fatalError("env.oauth is not set");
     return *oauth_;
+}
+
+Appearance& Env::appearance() const
+{
+    if (!appearance_)
+        fatalError("env.appearance is not set");
+    return *appearance_;
+}
+
+UserNotifications& Env::userNotifications() const
+{
+    if (!userNotifications_)
+        fatalError("env.userNotifications is not set");
+    return *userNotifications_;
+}
+
+ExtensionPreferences& Env::extensionPreferences() const
+{
+    if (!extensionPreferences_)
+        fatalError("env.extensionPreferences is not set");
+    return *extensionPreferences_;
 }
 
 Env& env()

@@ -7,6 +7,9 @@
 #include <optional>
 
 class AlertPresenter;
+class Appearance;
+class ExtensionPreferences;
+class UserNotifications;
 class Auth;
 class ExtensionBridge;
 class HttpClient;
@@ -39,6 +42,12 @@ public:
     // thread only.
     OAuth& oauth() const;
 
+    // The desktop's light or dark appearance. Main thread only.
+    Appearance& appearance() const;
+    // The desktop's notification service. Main thread only.
+    UserNotifications& userNotifications() const;
+    // Opens the extension's settings page, reporting failures. Main thread only.
+    ExtensionPreferences& extensionPreferences() const;
 
 private:
     std::unique_ptr<UserDefaults> userDefaults_;
@@ -50,6 +59,9 @@ private:
     std::unique_ptr<ExtensionBridge> extensionBridge_;
     std::unique_ptr<AlertPresenter> alertPresenter_;
     std::unique_ptr<OAuth> oauth_;
+    std::unique_ptr<Appearance> appearance_;
+    std::unique_ptr<UserNotifications> userNotifications_;
+    std::unique_ptr<ExtensionPreferences> extensionPreferences_;
 };
 
 // The one environment, built from the main bundle on first use (thread-safe) and never torn

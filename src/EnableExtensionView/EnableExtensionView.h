@@ -1,8 +1,28 @@
 #pragma once
 
+#include "EnableExtensionView/Artwork.h"
+#include "EnableExtensionView/ColorScheme.h"
+#include "EnableExtensionView/FlatButton.h"
+#include "logging/Skrivo.h"
+
+#include <QPointer>
 #include <QWidget>
 
-// The content of the main window: 550 × 367, fixed.
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+
+class AlertPresenter;
+class Appearance;
+class ExtensionBridge;
+class ExtensionPreferences;
+class OAuth;
+class SharedData;
+
+// The content of the main window, 550 × 367: whether the extension is enabled, and the way to
+// enable it. Polls the extension's state once a second for as long as it lives, and follows the
+// desktop's light or dark appearance. Main thread only.
 class EnableExtensionView final : public QWidget {
     Q_OBJECT
 
@@ -10,5 +30,60 @@ public:
     static constexpr int width = 550;
     static constexpr int height = 367;
 
-    explicit EnableExtensionView(QWidget* parent = nullptr);
+    // Everything the view talks to; each must outlive the view.
+    struct Dependencies {
+        ExtensionBridge& bridge;
+        QString extensionIdentifier;
+        OAuth& oauth;
+        const SharedData& sharedData;
+        Skrivo skrivo;
+        AlertPresenter& alerts;
+        Appearance& appearance;
+        ExtensionPreferences& extensionPreferences;
+        Artwork artwork;
+        // Ends the application once the browser has the user.
+        std::function<void()> terminate;
+        std::chrono::milliseconds pollInterval = std::chrono::seconds(1);
+    };
+
+    explicit EnableExtensionView(Dependencies dependencies, QWidget* parent = nullptr);
+    ~EnableExtensionView() override;
+
+    // The panels and buttons of the latest build; earlier builds stay beneath them.
+    QWidget* extensionEnabledPanel() const { return extensionEnabledPanel_; }
+    FlatButton* openSafariButton() const { return openSafariButton_; }
+    QWidget* enableExtensionPanel() const { return enableExtensionPanel_; }
+    FlatButton* openSafariExtensionPreferencesButton() const
+    {
+        return openSafariExtensionPreferencesButton_;
+    }
+    const std::optional<ColorScheme>& colorScheme() const { return colorScheme_; }
+
+    // Rebuilds the panels in the colours of the current appearance, over the old ones, and
+    // starts one more state-polling loop.
+    void interfaceModeChanged();
+    // "Ok, got it": asks the extension to open the browser; the application ends on success.
+    void openSafari();
+    // "Open settings to enable Lexmira": opens the extension's settings page.
+    void openSafariExtensionPreferences();
+
+private:
+    void buildContent();
+    QWidget* makePanel();
+    void buildExtensionEnabledPanel(QWidget* panel);
+    void buildEnableExtensionPanel(QWidget* panel);
+    void pollState(std::shared_ptr<bool> logOnce);
+    void showStateResult(std::optional<bool> enabled, std::optional<QString> error,
+                         const std::shared_ptr<bool>& logOnce);
+    void showEnabled();
+    void showDisabled();
+    void openLoginTabIfNeeded();
+    static void setSettingsButtonBusy(FlatButton& button, const ColorScheme& scheme, bool busy);
+
+    Dependencies deps_;
+    QPointer<QWidget> extensionEnabledPanel_;
+    QPointer<FlatButton> openSafariButton_;
+    QPointer<QWidget> enableExtensionPanel_;
+    QPointer<FlatButton> openSafariExtensionPreferencesButton_;
+    std::optional<ColorScheme> colorScheme_;
 };

@@ -1,10 +1,9 @@
 #include "EnableExtensionView/EnableExtensionViewController.h"
 
-#include "EnableExtensionView/EnableExtensionView.h"
-
-EnableExtensionViewController::EnableExtensionViewController(QObject* parent)
+EnableExtensionViewController::EnableExtensionViewController(
+    EnableExtensionView::Dependencies dependencies, QObject* parent)
     : QObject(parent)
-    , view_(new EnableExtensionView())
+    , view_(new EnableExtensionView(std::move(dependencies)))
 {
 }
 

@@ -10,7 +10,8 @@ class EnableExtensionViewController final : public QObject {
     Q_OBJECT
 
 public:
-    explicit EnableExtensionViewController(QObject* parent = nullptr);
+    explicit EnableExtensionViewController(EnableExtensionView::Dependencies dependencies,
+                                           QObject* parent = nullptr);
     ~EnableExtensionViewController() override;
 
     EnableExtensionView* view() const { return view_; }

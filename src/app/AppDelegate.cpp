@@ -1,11 +1,14 @@
 #include "app/AppDelegate.h"
 
 #include "Common/Env.h"
+#include "EnableExtensionView/EnableExtensionNotification.h"
 #include "EnableExtensionView/EnableExtensionViewController.h"
+#include "EnableExtensionView/ExtensionPreferences.h"
 #include "app/Application.h"
 #include "app/MainWindow.h"
 #include "app/MainWindowController.h"
 #include "bridge/OAuth.h"
+#include "platform/MainBundle.h"
 #include "platform/UserDefaults.h"
 #include "services/Tracker.h"
 
@@ -18,6 +21,10 @@ const QString fullScreenMenuItemKey = QStringLiteral("NSFullScreenMenuItemEveryw
 
 AppDelegate::AppDelegate()
     : mainWindowController_(std::make_unique<MainWindowController>())
+    // The minute before the reminder counts from here, the start of the process.
+    , enableExtensionNotification_(std::make_unique<EnableExtensionNotification>(
+          env().extensionBridge(), QString::fromStdString(env().appInfo.extensionBundleIdentifier),
+          env().userNotifications(), env().extensionPreferences()))
 {
 }
 
@@ -43,11 +50,26 @@ void AppDelegate::applicationWillFinishLaunching()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    mainWindowController_->setWindow(
-        std::make_unique<MainWindow>(QString::fromStdString(env().appInfo.appName),
-                                     std::make_unique<EnableExtensionViewController>()));
+    mainWindowController_->setWindow(std::make_unique<MainWindow>(
+        QString::fromStdString(env().appInfo.appName), makeEnableExtensionViewController()));
     mainWindowController_->showWindow(this);
     env().tracker().norv().recordAppStart();
+}
+
+std::unique_ptr<EnableExtensionViewController> AppDelegate::makeEnableExtensionViewController()
+{
+    return std::make_unique<EnableExtensionViewController>(EnableExtensionView::Dependencies{
+        env().extensionBridge(),
+        QString::fromStdString(env().appInfo.extensionBundleIdentifier),
+        env().oauth(),
+        env().sharedData,
+        env().skrivo(),
+        env().alertPresenter(),
+        env().appearance(),
+        env().extensionPreferences(),
+        Artwork(mainBundleDirectory()),
+        [] { Application::shared().terminate(); },
+    });
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+class EnableExtensionNotification;
+class EnableExtensionViewController;
 class MainWindowController;
 
 // The application's delegate: binds the URL handler, shows the main window, answers reopen.
@@ -26,6 +28,15 @@ public:
     void applicationDidFinishLaunching() override;
     bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
 
+    // The window's content, wired to the environment's services.
+    static std::unique_ptr<EnableExtensionViewController> makeEnableExtensionViewController();
+
+    EnableExtensionNotification& enableExtensionNotification() const
+    {
+        return *enableExtensionNotification_;
+    }
+
 private:
     std::unique_ptr<MainWindowController> mainWindowController_;
+    std::unique_ptr<EnableExtensionNotification> enableExtensionNotification_;
 };

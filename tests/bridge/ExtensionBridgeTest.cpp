@@ -1,5 +1,5 @@
 #include "platform/ExtensionBridge.h"
-#include "DevExtensionPeer.h"
+#include "support/DevExtensionPeer.h"
 #include "QtPrinters.h"
 #include "support/TestSupport.h"
 #include "util/Json.h"

@@ -1,4 +1,4 @@
-#include "DevExtensionPeer.h"
+#include "support/DevExtensionPeer.h"
 #include "QtPrinters.h"
 #include "support/HttpsTestServer.h"
 #include "support/TestSupport.h"

@@ -8,14 +8,16 @@
 #include <QString>
 #include <QThread>
 
+#include <deque>
 #include <functional>
 #include <optional>
 #include <vector>
 
 // Records every call and answers it the way the real bridge does: later, never from inside the
 // call — from the main event loop, or from a worker thread of its own when answersFromWorker is
-// set (to check that callers do not rely on the thread). Every dispatch is answered with
-// dispatchError. The calls themselves are main thread only.
+// set (to check that callers do not rely on the thread). Each kind of call first takes the
+// oldest error scripted for it; after that, dispatches answer dispatchError and the rest
+// succeed. The calls themselves are main thread only.
 class QueuedExtensionBridge final : public ExtensionBridge {
 public:
     struct Dispatch {
@@ -42,26 +44,43 @@ public:
         dispatches.push_back({name, extensionIdentifier, userInfo});
         if (onDispatch)
             onDispatch(dispatches.back());
-        answer([completion = std::move(completion), error = dispatchError] { completion(error); });
+        auto error = next(dispatchErrors);
+        answer([completion = std::move(completion), error = error ? error : dispatchError] {
+            completion(error);
+        });
     }
 
     void getState(const QString& extensionIdentifier, StateCompletion completion) override
     {
         stateQueries.push_back(extensionIdentifier);
-        answer([completion = std::move(completion), enabled = enabled] {
-            completion(enabled, std::nullopt);
+        answer([completion = std::move(completion), error = next(stateErrors), enabled = enabled] {
+            completion(error ? std::nullopt : enabled, error);
         });
     }
 
     void showPreferences(const QString& extensionIdentifier, Completion completion) override
     {
         preferencesShown.push_back(extensionIdentifier);
-        answer([completion = std::move(completion)] { completion(std::nullopt); });
+        if (holdPreferences) {
+            heldPreferences.push_back(std::move(completion));
+            return;
+        }
+        answer([completion = std::move(completion), error = next(preferencesErrors)] {
+            completion(error);
+        });
     }
 
-    // The answer to every dispatch from now on.
+    // The answer to every dispatch once dispatchErrors is used up.
     std::optional<ExtensionError> dispatchError;
+    // Errors for the next calls of each kind, oldest first.
+    std::deque<ExtensionError> dispatchErrors;
+    std::deque<ExtensionError> stateErrors;
+    std::deque<ExtensionError> preferencesErrors;
+    // What GetState answers when it does not fail: none is "no state".
     std::optional<bool> enabled = true;
+    // When set, showPreferences keeps its completion in heldPreferences instead of answering.
+    bool holdPreferences = false;
+    std::vector<Completion> heldPreferences;
     bool answersFromWorker = false;
     // Called inside dispatchMessage, with the call just recorded.
     std::function<void(const Dispatch&)> onDispatch;
@@ -74,6 +93,15 @@ public:
     QThread* workerThread() { return &worker_; }
 
 private:
+    static std::optional<ExtensionError> next(std::deque<ExtensionError>& queue)
+    {
+        if (queue.empty())
+            return std::nullopt;
+        auto error = queue.front();
+        queue.pop_front();
+        return error;
+    }
+
     void answer(std::function<void()> call)
     {
         QObject* context = answersFromWorker ? &workerContext_ : QCoreApplication::instance();

@@ -8,9 +8,15 @@ int main(int argc, char** argv)
     ::testing::InitGoogleTest(&argc, argv);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     test::useLoopbackServices();
-    // Widgets render offscreen unless a test sets up a real display itself.
+    // Widgets render offscreen, or on the test session's X display for the tests that read back
+    // what the X server shows.
+#ifdef LEXMIRA_TEST_ON_X11
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    qputenv("DISPLAY", qgetenv("LEXMIRA_TEST_DISPLAY"));
+#else
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+#endif
     Application application(argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -1,4 +1,4 @@
-#include "DevExtensionPeer.h"
+#include "support/DevExtensionPeer.h"
 
 #include "support/TestSupport.h"
 #include "util/Json.h"

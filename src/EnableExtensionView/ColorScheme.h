@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+
+#include <cstdint>
+
+// Colours and image names of one appearance of the enable-extension view.
+struct ColorScheme {
+    QColor panel;
+    QColor text;
+    QColor button;
+    QColor disableButton;
+    QColor disableButtonBorder;
+    QString enableLexmiraAnimationImage;
+    QString warningMarkImage;
+
+    static ColorScheme light();
+    static ColorScheme dark();
+    static ColorScheme forAppearance(bool isDark) { return isDark ? dark() : light(); }
+
+    bool operator==(const ColorScheme&) const = default;
+};
+
+// A colour from a 24-bit 0xRRGGBB value and an alpha, each channel divided by 255.0.
+QColor colorFromRgb(std::uint32_t rgb, double alpha);

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "logging/Skrivo.h"
+
+#include <QString>
+
+#include <functional>
+
+class AlertPresenter;
+class ExtensionBridge;
+
+// Opens the extension's settings page in the browser; a failure is shown in an alert and logged.
+// Shared by the settings button and the reminder notification. Main thread only.
+class ExtensionPreferences {
+public:
+    // bridge and alerts must outlive this object.
+    ExtensionPreferences(ExtensionBridge& bridge, QString extensionIdentifier, AlertPresenter& alerts,
+                         Skrivo skrivo);
+
+    // Calls completed on the main thread once the request has finished, after any alert was
+    // dismissed.
+    void open(std::function<void()> completed = {});
+
+private:
+    ExtensionBridge& bridge_;
+    QString extensionIdentifier_;
+    AlertPresenter& alerts_;
+    Skrivo skrivo_;
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/Appearance.h"
+
+// An appearance the test switches by hand.
+class FakeAppearance final : public Appearance {
+public:
+    bool isDark() const override { return dark_; }
+
+    // Switches and announces the change, as the desktop does.
+    void setDark(bool dark)
+    {
+        dark_ = dark;
+        Q_EMIT changed();
+    }
+
+private:
+    bool dark_ = false;
+};
