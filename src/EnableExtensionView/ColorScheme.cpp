@@ -8,22 +8,16 @@ QColor colorFromRgb(std::uint32_t rgb, double alpha)
 
 ColorScheme ColorScheme::light()
 {
-    return {colorFromRgb(0xFFFFFF, 1.0),
-            colorFromRgb(0x1C1E29, 1.0),
-            colorFromRgb(0x196DEF, 1.0),
-            colorFromRgb(0xFFFFFF, 1.0),
-            colorFromRgb(0xE4E4E4, 1.0),
-            QStringLiteral("EnableLexmiraAnimationLight"),
+    return {colorFromRgb(0xFFFFFF, 1.0),       colorFromRgb(0x1C1E29, 1.0),
+            colorFromRgb(0x196DEF, 1.0),       colorFromRgb(0xFFFFFF, 1.0),
+            colorFromRgb(0xE4E4E4, 1.0),       QStringLiteral("EnableLexmiraAnimationLight"),
             QStringLiteral("LightWarningMark")};
 }
 
 ColorScheme ColorScheme::dark()
 {
-    return {colorFromRgb(0x1C1D23, 1.0),
-            colorFromRgb(0xDDDDDE, 1.0),
-            colorFromRgb(0x1768E5, 1.0),
-            colorFromRgb(0x484848, 1.0),
-            colorFromRgb(0x575757, 1.0),
-            QStringLiteral("EnableLexmiraAnimationDark"),
+    return {colorFromRgb(0x1C1D23, 1.0),      colorFromRgb(0xDDDDDE, 1.0),
+            colorFromRgb(0x1768E5, 1.0),      colorFromRgb(0x484848, 1.0),
+            colorFromRgb(0x575757, 1.0),      QStringLiteral("EnableLexmiraAnimationDark"),
             QStringLiteral("DarkWarningMark")};
 }

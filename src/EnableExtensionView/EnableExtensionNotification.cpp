@@ -16,12 +16,9 @@ const QString reminderAction = QStringLiteral("Open");
 
 } // namespace
 
-EnableExtensionNotification::EnableExtensionNotification(ExtensionBridge& bridge,
-                                                         QString extensionIdentifier,
-                                                         UserNotifications& notifications,
-                                                         ExtensionPreferences& extensionPreferences,
-                                                         std::chrono::milliseconds delay,
-                                                         QObject* parent)
+EnableExtensionNotification::EnableExtensionNotification(
+    ExtensionBridge& bridge, QString extensionIdentifier, UserNotifications& notifications,
+    ExtensionPreferences& extensionPreferences, std::chrono::milliseconds delay, QObject* parent)
     : QObject(parent)
     , bridge_(bridge)
     , extensionIdentifier_(std::move(extensionIdentifier))
@@ -35,13 +32,14 @@ EnableExtensionNotification::EnableExtensionNotification(ExtensionBridge& bridge
 
 void EnableExtensionNotification::check()
 {
-    bridge_.getState(extensionIdentifier_, [self = QPointer(this)](std::optional<bool> enabled,
-                                                                    std::optional<ExtensionError> error) {
-        FutureFunc::onMain([self, enabled, error] {
-            // Only a state that came back and says disabled earns a reminder.
-            if (!self || error || !enabled || *enabled)
-                return;
-            self->notifications_.deliver({reminderTitle, reminderText, reminderAction, true});
+    bridge_.getState(
+        extensionIdentifier_,
+        [self = QPointer(this)](std::optional<bool> enabled, std::optional<ExtensionError> error) {
+            FutureFunc::onMain([self, enabled, error] {
+                // Only a state that came back and says disabled earns a reminder.
+                if (!self || error || !enabled || *enabled)
+                    return;
+                self->notifications_.deliver({reminderTitle, reminderText, reminderAction, true});
+            });
         });
-    });
 }

@@ -20,8 +20,8 @@ namespace {
 
 // The panels' texts, exactly as the product writes them.
 const QString enabledTitle = QStringLiteral("You\u2019re all set! ");
-const QString enabledBody =
-    QStringLiteral("If you don\u2019t see Lexmira in your \nSafari toolbar, try restarting Safari.");
+const QString enabledBody = QStringLiteral(
+    "If you don\u2019t see Lexmira in your \nSafari toolbar, try restarting Safari.");
 const QString openSafariTitle = QStringLiteral("Ok, got it");
 const QString stepNumbers = QStringLiteral("1\n2");
 const QString stepDots = QStringLiteral(".\n.");
@@ -59,7 +59,8 @@ EnableExtensionView::EnableExtensionView(Dependencies dependencies, QWidget* par
 {
     setFixedSize(width, height);
     setAccessibleName(QStringLiteral("Lexmira"));
-    connect(&deps_.appearance, &Appearance::changed, this, &EnableExtensionView::interfaceModeChanged);
+    connect(&deps_.appearance, &Appearance::changed, this,
+            &EnableExtensionView::interfaceModeChanged);
     buildContent();
 }
 
@@ -107,7 +108,8 @@ void EnableExtensionView::buildExtensionEnabledPanel(QWidget* panel)
     mark->setAccessibleName(QStringLiteral("Lexmira"));
     mark->setGeometry(leftMargin, 72, 56, 56);
 
-    auto* heading = new TextView(enabledTitle, title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
+    auto* heading =
+        new TextView(enabledTitle, title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
     heading->move(mark->x(), mark->geometry().bottom() + 1 + 32);
 
     auto* done = new QLabel(panel);
@@ -118,7 +120,8 @@ void EnableExtensionView::buildExtensionEnabledPanel(QWidget* panel)
     auto* text = new TextView(enabledBody, body, colorScheme_->text, 3.0, Qt::AlignLeft, panel);
     text->move(heading->x(), heading->geometry().bottom() + 1 + 22);
 
-    openSafariButton_ = new FlatButton(openSafariTitle, openSafariButtonWidth, colorScheme_->button, panel);
+    openSafariButton_ =
+        new FlatButton(openSafariTitle, openSafariButtonWidth, colorScheme_->button, panel);
     openSafariButton_->move(heading->x(), text->geometry().bottom() + 1 + 34);
     connect(openSafariButton_, &QPushButton::clicked, this, &EnableExtensionView::openSafari);
 }
@@ -134,7 +137,8 @@ void EnableExtensionView::buildEnableExtensionPanel(QWidget* panel)
     warning->setGeometry(leftMargin, 71, 46, 41);
 
     const int stepsTop = warning->geometry().bottom() + 1 + 47;
-    auto* numbers = new TextView(stepNumbers, title, colorScheme_->text, 4.0, Qt::AlignHCenter, panel);
+    auto* numbers =
+        new TextView(stepNumbers, title, colorScheme_->text, 4.0, Qt::AlignHCenter, panel);
     numbers->move(warning->x(), stepsTop);
     auto* dots = new TextView(stepDots, title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
     dots->move(numbers->geometry().right() + 1 - 10, stepsTop);
@@ -143,19 +147,21 @@ void EnableExtensionView::buildEnableExtensionPanel(QWidget* panel)
     auto* tail = new TextView(stepsTail, title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
     tail->move(stepText->x() + 2, stepsTop);
     // A screen reader reads the steps once, in order; the pieces are only drawn.
-    for (QWidget* piece : {static_cast<QWidget*>(numbers), static_cast<QWidget*>(dots),
-                           static_cast<QWidget*>(tail)})
+    for (QWidget* piece :
+         {static_cast<QWidget*>(numbers), static_cast<QWidget*>(dots), static_cast<QWidget*>(tail)})
         piece->setAccessibleName(QString());
     stepText->setAccessibleName(
         QStringLiteral("1. Open settings. 2. Click checkbox to grant permission."));
 
     openSafariExtensionPreferencesButton_ =
         new FlatButton(openSettingsTitle, openSettingsButtonWidth, colorScheme_->button, panel);
-    openSafariExtensionPreferencesButton_->move(warning->x(), stepText->geometry().bottom() + 1 + 41);
+    openSafariExtensionPreferencesButton_->move(warning->x(),
+                                                stepText->geometry().bottom() + 1 + 41);
     connect(openSafariExtensionPreferencesButton_, &QPushButton::clicked, this,
             &EnableExtensionView::openSafariExtensionPreferences);
 
-    const QString animation = deps_.artwork.animationPath(colorScheme_->enableLexmiraAnimationImage);
+    const QString animation =
+        deps_.artwork.animationPath(colorScheme_->enableLexmiraAnimationImage);
     const QSize natural = QImageReader(animation).size();
     if (animation.isEmpty() || !natural.isValid())
         return;
@@ -175,23 +181,20 @@ void EnableExtensionView::buildEnableExtensionPanel(QWidget* panel)
 
 void EnableExtensionView::pollState(std::shared_ptr<bool> logOnce)
 {
-    deps_.bridge.getState(deps_.extensionIdentifier,
-                          [view = QPointer(this), logOnce](std::optional<bool> enabled,
-                                                           std::optional<ExtensionError> error) {
-                              FutureFunc::onMain([view, logOnce, enabled, error] {
-                                  if (!view)
-                                      return;
-                                  view->showStateResult(
-                                      error ? std::optional<bool>() : enabled,
-                                      error ? std::optional(error->localizedDescription)
-                                            : std::nullopt,
-                                      logOnce);
-                              });
-                          });
+    deps_.bridge.getState(deps_.extensionIdentifier, [view = QPointer(this), logOnce](
+                                                         std::optional<bool> enabled,
+                                                         std::optional<ExtensionError> error) {
+        FutureFunc::onMain([view, logOnce, enabled, error] {
+            if (!view)
+                return;
+            view->showStateResult(error ? std::optional<bool>() : enabled,
+                                  error ? std::optional(error->localizedDescription) : std::nullopt,
+                                  logOnce);
+        });
+    });
 }
 
-void EnableExtensionView::showStateResult(std::optional<bool> enabled,
-                                          std::optional<QString> error,
+void EnableExtensionView::showStateResult(std::optional<bool> enabled, std::optional<QString> error,
                                           const std::shared_ptr<bool>& logOnce)
 {
     if ((error || !enabled) && *logOnce) {
@@ -238,26 +241,25 @@ void EnableExtensionView::openLoginTabIfNeeded()
 void EnableExtensionView::openSafari()
 {
     openSafariButton_->setEnabled(false);
-    sendCompanionMessage(deps_.bridge, deps_.extensionIdentifier, CompanionMessage::openSafari,
-                         std::nullopt, deps_.skrivo, CompanionLogger::openSafari,
-                         [view = QPointer(this), button = openSafariButton_](
-                             std::optional<ExtensionError> error) {
-                             if (!view)
-                                 return;
-                             if (!error) {
-                                 view->deps_.terminate();
-                                 return;
-                             }
-                             view->deps_.alerts.runModal({openSafariFailure,
-                                                          error->localizedDescription,
-                                                          Alert::Style::critical,
-                                                          {QStringLiteral("OK")}});
-                             if (button)
-                                 button->setEnabled(true);
-                             view->deps_.skrivo.log(CompanionLogger::openSafari, LogLevel::error,
-                                                    openSafariLogPrefix +
-                                                        error->localizedDescription.toStdString());
-                         });
+    sendCompanionMessage(
+        deps_.bridge, deps_.extensionIdentifier, CompanionMessage::openSafari, std::nullopt,
+        deps_.skrivo, CompanionLogger::openSafari,
+        [view = QPointer(this), button = openSafariButton_](std::optional<ExtensionError> error) {
+            if (!view)
+                return;
+            if (!error) {
+                view->deps_.terminate();
+                return;
+            }
+            view->deps_.alerts.runModal({openSafariFailure,
+                                         error->localizedDescription,
+                                         Alert::Style::critical,
+                                         {QStringLiteral("OK")}});
+            if (button)
+                button->setEnabled(true);
+            view->deps_.skrivo.log(CompanionLogger::openSafari, LogLevel::error,
+                                   openSafariLogPrefix + error->localizedDescription.toStdString());
+        });
 }
 
 void EnableExtensionView::openSafariExtensionPreferences()

@@ -26,8 +26,10 @@ void ExtensionPreferences::open(std::function<void()> completed)
                                                       std::optional<ExtensionError> error) {
         FutureFunc::onMain([this, completed, error] {
             if (error) {
-                alerts_.runModal({failureMessage, error->localizedDescription,
-                                  Alert::Style::critical, {QStringLiteral("OK")}});
+                alerts_.runModal({failureMessage,
+                                  error->localizedDescription,
+                                  Alert::Style::critical,
+                                  {QStringLiteral("OK")}});
                 skrivo_.log(CompanionLogger::openExtensionsSettings, LogLevel::error,
                             failureLogPrefix + error->localizedDescription.toStdString());
             }

@@ -14,8 +14,8 @@ class ExtensionBridge;
 class ExtensionPreferences {
 public:
     // bridge and alerts must outlive this object.
-    ExtensionPreferences(ExtensionBridge& bridge, QString extensionIdentifier, AlertPresenter& alerts,
-                         Skrivo skrivo);
+    ExtensionPreferences(ExtensionBridge& bridge, QString extensionIdentifier,
+                         AlertPresenter& alerts, Skrivo skrivo);
 
     // Calls completed on the main thread once the request has finished, after any alert was
     // dismissed.

@@ -10,7 +10,8 @@ public:
     static constexpr int height = 32;
     static constexpr qreal cornerRadius = 3.5;
 
-    FlatButton(const QString& title, int width, const QColor& background, QWidget* parent = nullptr);
+    FlatButton(const QString& title, int width, const QColor& background,
+               QWidget* parent = nullptr);
 
     // Changes title, fill and border; the title stays white.
     void setLook(const QString& title, const QColor& background, const QColor& border,

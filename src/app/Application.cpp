@@ -70,8 +70,7 @@ void Application::addWindowsItem(QWidget* window, const QString& title)
     });
     windowsItems_.insert(window, item);
     window->installEventFilter(this);
-    connect(window, &QObject::destroyed, this,
-            [this, window] { removeWindowsItem(window); });
+    connect(window, &QObject::destroyed, this, [this, window] { removeWindowsItem(window); });
 }
 
 void Application::removeWindowsItem(QWidget* window)
@@ -132,8 +131,7 @@ void Application::reopen()
         return;
     const QWidgetList windows = topLevelWidgets();
     const bool hasVisibleWindows = std::any_of(windows.begin(), windows.end(), [](QWidget* w) {
-        return w->isWindow() && w->isVisible() && !w->isMinimized() &&
-               !qobject_cast<QMenu*>(w);
+        return w->isWindow() && w->isVisible() && !w->isMinimized() && !qobject_cast<QMenu*>(w);
     });
     delegate_->applicationShouldHandleReopen(hasVisibleWindows);
 }

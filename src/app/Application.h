@@ -13,7 +13,6 @@
 #include <memory>
 #include <optional>
 
-
 // The application object: owns the main menu and the delegate, drives the launch sequence, keeps
 // the Windows menu's list of windows and routes URLs to the get-URL handler. Main thread only.
 class Application final : public QApplication {

@@ -9,8 +9,8 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QString& vers
     parser.setApplicationDescription(
         QStringLiteral("Lexmira companion: enables the Lexmira browser extension and completes "
                        "its sign-in.\nA second launch hands its request to the running instance."));
-    const QCommandLineOption help(
-        {QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help and exit."));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this help and exit."));
     const QCommandLineOption versionOption({QStringLiteral("v"), QStringLiteral("version")},
                                            QStringLiteral("Show the version and exit."));
     parser.addOption(help);
@@ -26,10 +26,10 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QString& vers
     for (qsizetype i = 1; i < arguments.size(); ++i) {
         const QString& argument = arguments.at(i);
         static const QStringList qtOptionsWithValue{
-            QStringLiteral("-platform"), QStringLiteral("-display"), QStringLiteral("-style"),
-            QStringLiteral("-qwindowgeometry"), QStringLiteral("-qwindowtitle"),
-            QStringLiteral("-qwindowicon"), QStringLiteral("-platformtheme"),
-            QStringLiteral("-plugin")};
+            QStringLiteral("-platform"),      QStringLiteral("-display"),
+            QStringLiteral("-style"),         QStringLiteral("-qwindowgeometry"),
+            QStringLiteral("-qwindowtitle"),  QStringLiteral("-qwindowicon"),
+            QStringLiteral("-platformtheme"), QStringLiteral("-plugin")};
         if (qtOptionsWithValue.contains(argument)) {
             ++i;
             continue;

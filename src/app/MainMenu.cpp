@@ -26,8 +26,8 @@ MainMenu::MainMenu(const QString& appName)
     add(applicationMenu_, QStringLiteral("About ") + appName, &application,
         &Application::orderFrontStandardAboutPanel);
     applicationMenu_->addSeparator();
-    add(applicationMenu_, QStringLiteral("Quit ") + appName, &application,
-        &Application::terminate, QKeySequence(Qt::CTRL | Qt::Key_Q));
+    add(applicationMenu_, QStringLiteral("Quit ") + appName, &application, &Application::terminate,
+        QKeySequence(Qt::CTRL | Qt::Key_Q));
 
     add(fileMenu_, QStringLiteral("Open\u2026"), this, &MainMenu::open,
         QKeySequence(Qt::CTRL | Qt::Key_O));

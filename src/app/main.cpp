@@ -33,9 +33,9 @@ void print(std::FILE* stream, const QString& text)
 int main(int argc, char** argv)
 {
     const Bundle mainBundle(mainBundleDirectory());
-    const auto command = CommandLine::parse(
-        argumentList(argc, argv),
-        mainBundle.shortVersion().value_or(QStringLiteral(LEXMIRA_VERSION)));
+    const auto command =
+        CommandLine::parse(argumentList(argc, argv),
+                           mainBundle.shortVersion().value_or(QStringLiteral(LEXMIRA_VERSION)));
     switch (command.action) {
     case CommandLine::Action::showHelp:
     case CommandLine::Action::showVersion:
@@ -50,7 +50,8 @@ int main(int argc, char** argv)
 
     Application application(argc, argv);
     application.setDesktopFileName(applicationId);
-    if (const auto icon = mainBundle.pathForResource(QStringLiteral("AppIcon"), QStringLiteral("svg")))
+    if (const auto icon =
+            mainBundle.pathForResource(QStringLiteral("AppIcon"), QStringLiteral("svg")))
         application.setWindowIcon(QIcon(*icon));
 
     // A launch that finds the instance running hands its request over and does nothing else.
@@ -60,7 +61,8 @@ int main(int argc, char** argv)
 
     // The menu's titles are the first use of the environment, so the whole object graph is
     // built here, before the delegate exists.
-    application.setMainMenu(std::make_unique<MainMenu>(QString::fromStdString(env().appInfo.appName)));
+    application.setMainMenu(
+        std::make_unique<MainMenu>(QString::fromStdString(env().appInfo.appName)));
     AppDelegate::shared();
 
     QObject::connect(instance.get(), &SingleInstance::activateRequested, &application,

@@ -49,9 +49,8 @@ public:
     // container's notification thread.
     std::shared_ptr<Unsubscriber> subscribe(std::function<void(Value)> callback) const
     {
-        return container_->subscribe(key_, [reader = *this, callback = std::move(callback)] {
-            callback(reader.value());
-        });
+        return container_->subscribe(
+            key_, [reader = *this, callback = std::move(callback)] { callback(reader.value()); });
     }
 
 private:

@@ -20,7 +20,8 @@ template <class... Args>
 std::function<void(Args...)> deliverOnMain(std::function<void(Args...)> completion)
 {
     return [completion = std::move(completion)](Args... args) {
-        onMain([completion, ... args = std::move(args)]() mutable { completion(std::move(args)...); });
+        onMain(
+            [completion, ... args = std::move(args)]() mutable { completion(std::move(args)...); });
     };
 }
 

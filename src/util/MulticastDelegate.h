@@ -45,8 +45,9 @@ public:
 private:
     bool contains(const QObject* listener) const
     {
-        return std::any_of(delegates_.begin(), delegates_.end(),
-                           [listener](const QPointer<QObject>& entry) { return entry == listener; });
+        return std::any_of(
+            delegates_.begin(), delegates_.end(),
+            [listener](const QPointer<QObject>& entry) { return entry == listener; });
     }
 
     std::vector<QPointer<QObject>> liveEntries() const

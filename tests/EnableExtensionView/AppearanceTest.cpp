@@ -35,10 +35,11 @@ void stopPortal()
 
 void setDesktopColorScheme(const QString& scheme)
 {
-    ASSERT_EQ(QProcess::execute(QStringLiteral("gsettings"),
-                                {QStringLiteral("set"), QStringLiteral("org.gnome.desktop.interface"),
-                                 QStringLiteral("color-scheme"), scheme}),
-              0);
+    ASSERT_EQ(
+        QProcess::execute(QStringLiteral("gsettings"),
+                          {QStringLiteral("set"), QStringLiteral("org.gnome.desktop.interface"),
+                           QStringLiteral("color-scheme"), scheme}),
+        0);
 }
 
 // The desktop's own settings portal (xdg-desktop-portal with its GTK backend, reading the
@@ -84,7 +85,8 @@ public:
 
     void announce(uint scheme)
     {
-        auto signal = QDBusMessage::createSignal(portalPath, QStringLiteral("org.freedesktop.portal.Settings"),
+        auto signal = QDBusMessage::createSignal(portalPath,
+                                                 QStringLiteral("org.freedesktop.portal.Settings"),
                                                  QStringLiteral("SettingChanged"));
         signal << QStringLiteral("org.freedesktop.appearance") << QStringLiteral("color-scheme")
                << QVariant::fromValue(QDBusVariant(scheme));
@@ -102,7 +104,8 @@ public Q_SLOTS:
         case Answer::readOneWrongType:
             return QDBusVariant(QStringLiteral("prefer-dark"));
         case Answer::readOneError:
-            sendErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotFound"), QStringLiteral("no"));
+            sendErrorReply(QStringLiteral("org.freedesktop.portal.Error.NotFound"),
+                           QStringLiteral("no"));
             return {};
         case Answer::onlyReadDark:
             sendErrorReply(QDBusError::UnknownMethod, QStringLiteral("No such method"));

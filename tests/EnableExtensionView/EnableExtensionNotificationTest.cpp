@@ -21,7 +21,8 @@ protected:
     }
 
     test::HttpsTestServer server;
-    std::unique_ptr<SharedData> sharedData = makeMemorySharedData(std::make_shared<MemoryDataContainer>());
+    std::unique_ptr<SharedData> sharedData =
+        makeMemorySharedData(std::make_shared<MemoryDataContainer>());
     QueuedExtensionBridge bridge;
     RecordingAlertPresenter alerts;
     RecordingUserNotifications notifications;
@@ -46,7 +47,8 @@ TEST_F(Reminder, DisabledExtensionAtTheMarkGetsOneReminder)
     EXPECT_EQ(shown.informativeText, QStringLiteral("Click Open to enable it in Safari settings"));
     EXPECT_EQ(shown.actionButtonTitle, QStringLiteral("Open"));
     EXPECT_TRUE(shown.defaultSound);
-    EXPECT_EQ(bridge.stateQueries, std::vector<QString>{QStringLiteral("com.lexmira.companion.ext")});
+    EXPECT_EQ(bridge.stateQueries,
+              std::vector<QString>{QStringLiteral("com.lexmira.companion.ext")});
 }
 
 TEST_F(Reminder, ChecksOnlyOnce)
@@ -70,8 +72,8 @@ TEST_F(Reminder, EnabledExtensionAtTheMarkGetsNoReminder)
 
 TEST_F(Reminder, StateErrorGetsNoReminder)
 {
-    bridge.stateErrors.push_back({QStringLiteral("org.freedesktop.DBus.Error.ServiceUnknown"),
-                                  QStringLiteral("not there")});
+    bridge.stateErrors.push_back(
+        {QStringLiteral("org.freedesktop.DBus.Error.ServiceUnknown"), QStringLiteral("not there")});
     const auto reminder = start();
     ASSERT_TRUE(test::waitUntil([&] { return bridge.stateQueries.size() == 1; }));
     test::spin(100ms);
@@ -100,12 +102,14 @@ TEST_F(Reminder, ActivatingTheReminderOpensTheExtensionSettings)
 TEST_F(Reminder, SettingsThatCannotBeOpenedShowTheAlertAndLog)
 {
     bridge.enabled = false;
-    bridge.preferencesErrors.push_back({QStringLiteral("org.example.Failed"), QStringLiteral("Nope")});
+    bridge.preferencesErrors.push_back(
+        {QStringLiteral("org.example.Failed"), QStringLiteral("Nope")});
     const auto reminder = start(10ms);
     ASSERT_TRUE(test::waitUntil([&] { return notifications.delivered.size() == 1; }));
     notifications.activate();
     ASSERT_TRUE(test::waitUntil([&] { return alerts.alerts.size() == 1; }));
-    EXPECT_EQ(alerts.alerts.front().messageText, QStringLiteral("Could not open extensions settings"));
+    EXPECT_EQ(alerts.alerts.front().messageText,
+              QStringLiteral("Could not open extensions settings"));
     EXPECT_EQ(alerts.alerts.front().informativeText, QStringLiteral("Nope"));
     ASSERT_TRUE(server.waitForRequests(1));
     EXPECT_EQ(test::logRecords(server).front().first, "companion.openExtensionsSettings");

@@ -47,7 +47,8 @@ TEST_F(ViewTest, WithoutADarkDesktopTheLightSchemeIsUsed)
 {
     const auto view = makeView();
     EXPECT_EQ(view->colorScheme(), ColorScheme::light());
-    EXPECT_EQ(view->enableExtensionPanel()->palette().color(QPalette::Window), QColor(0xFF, 0xFF, 0xFF));
+    EXPECT_EQ(view->enableExtensionPanel()->palette().color(QPalette::Window),
+              QColor(0xFF, 0xFF, 0xFF));
 }
 
 TEST_F(ViewTest, EnabledPanelHoldsTheTextsExactly)
@@ -55,7 +56,8 @@ TEST_F(ViewTest, EnabledPanelHoldsTheTextsExactly)
     const auto view = makeView();
     EXPECT_EQ(textsOf(view->extensionEnabledPanel()),
               (QStringList{QString::fromUtf8("You\u2019re all set! "),
-                           QString::fromUtf8("If you don\u2019t see Lexmira in your \nSafari toolbar, try restarting Safari.")}));
+                           QString::fromUtf8("If you don\u2019t see Lexmira in your \nSafari "
+                                             "toolbar, try restarting Safari.")}));
     EXPECT_EQ(view->openSafariButton()->text(), QStringLiteral("Ok, got it"));
     EXPECT_EQ(view->openSafariButton()->size(), QSize(96, 32));
 }
@@ -67,7 +69,8 @@ TEST_F(ViewTest, EnablePanelHoldsTheStepsExactly)
               (QStringList{QStringLiteral("1\n2"), QStringLiteral(".\n."),
                            QStringLiteral("Open settings\nClick checkbox\n"),
                            QStringLiteral("\n\nto grant permission ")}));
-    EXPECT_EQ(view->openSafariExtensionPreferencesButton()->text(), QStringLiteral("Open settings to enable Lexmira"));
+    EXPECT_EQ(view->openSafariExtensionPreferencesButton()->text(),
+              QStringLiteral("Open settings to enable Lexmira"));
     EXPECT_EQ(view->openSafariExtensionPreferencesButton()->size(), QSize(244, 32));
 }
 
@@ -131,7 +134,8 @@ TEST_F(ViewTest, TextIsNeverClipped)
             EXPECT_TRUE(panel->rect().contains(text->geometry())) << text->text().toStdString();
             const QFontMetrics metrics(text->font());
             for (const QString& line : text->text().split(u'\n'))
-                EXPECT_GE(text->width(), metrics.horizontalAdvance(line.trimmed())) << line.toStdString();
+                EXPECT_GE(text->width(), metrics.horizontalAdvance(line.trimmed()))
+                    << line.toStdString();
         }
 }
 
@@ -163,7 +167,8 @@ TEST_F(ViewTest, StateErrorIsLoggedOnceAndShownAsDisabled)
     ASSERT_TRUE(server.waitForRequests(1));
     test::spin(300ms);
     EXPECT_EQ(test::logRecords(server),
-              (Records{{"companion.getExtensionState", "Could not get extension state: The name is not activatable"}}));
+              (Records{{"companion.getExtensionState",
+                        "Could not get extension state: The name is not activatable"}}));
 }
 
 TEST_F(ViewTest, NilStateIsLoggedOnceAsNilResultAndShownAsDisabled)
@@ -174,8 +179,8 @@ TEST_F(ViewTest, NilStateIsLoggedOnceAsNilResultAndShownAsDisabled)
     EXPECT_FALSE(view->enableExtensionPanel()->isHidden());
     ASSERT_TRUE(server.waitForRequests(1));
     test::spin(300ms);
-    EXPECT_EQ(test::logRecords(server),
-              (Records{{"companion.getExtensionState", "Could not get extension state: nil result"}}));
+    EXPECT_EQ(test::logRecords(server), (Records{{"companion.getExtensionState",
+                                                  "Could not get extension state: nil result"}}));
 }
 
 TEST_F(ViewTest, EnablingTheExtensionSwitchesPanelsWithinAboutASecond)
@@ -184,7 +189,8 @@ TEST_F(ViewTest, EnablingTheExtensionSwitchesPanelsWithinAboutASecond)
     const auto view = makeView();
     ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
     bridge.enabled = true;
-    ASSERT_TRUE(test::waitUntil([&] { return !view->extensionEnabledPanel()->isHidden(); }, 1500ms));
+    ASSERT_TRUE(
+        test::waitUntil([&] { return !view->extensionEnabledPanel()->isHidden(); }, 1500ms));
     EXPECT_TRUE(view->enableExtensionPanel()->isHidden());
 }
 
@@ -209,7 +215,8 @@ TEST_F(ViewTest, AppearanceChangeRebuildsDarkPanelsOverTheOldOnesAndPollsOnceMor
     EXPECT_NE(view->enableExtensionPanel(), oldPanel);
     EXPECT_EQ(oldPanel->parent(), view.get()) << "earlier panels stay beneath";
     EXPECT_TRUE(view->enableExtensionPanel()->isHidden()) << "new panels start hidden";
-    EXPECT_EQ(view->enableExtensionPanel()->palette().color(QPalette::Window), QColor(0x1C, 0x1D, 0x23));
+    EXPECT_EQ(view->enableExtensionPanel()->palette().color(QPalette::Window),
+              QColor(0x1C, 0x1D, 0x23));
     const auto children = view->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
     EXPECT_EQ(children.size(), 4);
     EXPECT_EQ(children.last(), view->enableExtensionPanel()) << "the new panels are on top";
@@ -229,7 +236,8 @@ TEST_F(ViewTest, EnabledWithNoSharedUserOpensTheLoginTabOnce)
     EXPECT_EQ(dispatchedNames(), std::vector<std::string>{"oauthOpenLoginTab"});
     EXPECT_FALSE(bridge.dispatches.front().userInfo.has_value());
     EXPECT_FALSE(oauth.shouldAutoOpenLoginTab);
-    EXPECT_EQ(container->get(QStringLiteral("message.oauthOpenLoginTabMessage")), QByteArray("[true]"));
+    EXPECT_EQ(container->get(QStringLiteral("message.oauthOpenLoginTabMessage")),
+              QByteArray("[true]"));
 }
 
 TEST_F(ViewTest, EnabledWithAnAnonymousUserOpensTheLoginTab)
@@ -291,13 +299,18 @@ TEST_F(ViewTest, OkGotItThatFailsShowsTheAlertReenablesAndLogs)
     const auto view = makeView();
     view->show();
     ASSERT_TRUE(test::waitUntil([&] { return !view->extensionEnabledPanel()->isHidden(); }));
-    bridge.dispatchErrors.push_back({QStringLiteral("com.lexmira.Extension1.Error"), QStringLiteral("Browser is busy")});
+    bridge.dispatchErrors.push_back(
+        {QStringLiteral("com.lexmira.Extension1.Error"), QStringLiteral("Browser is busy")});
     bool disabledWhileAlertShown = false;
-    alerts.onShow = [&](const Alert&) { disabledWhileAlertShown = !view->openSafariButton()->isEnabled(); };
+    alerts.onShow = [&](const Alert&) {
+        disabledWhileAlertShown = !view->openSafariButton()->isEnabled();
+    };
     QTest::mouseClick(view->openSafariButton(), Qt::LeftButton);
     ASSERT_TRUE(test::waitUntil([&] { return alerts.alerts.size() == 1; }));
-    EXPECT_EQ(alerts.alerts.front(), (Alert{QStringLiteral("Could not open Safari"), QStringLiteral("Browser is busy"),
-                                            Alert::Style::critical, {QStringLiteral("OK")}}));
+    EXPECT_EQ(alerts.alerts.front(), (Alert{QStringLiteral("Could not open Safari"),
+                                            QStringLiteral("Browser is busy"),
+                                            Alert::Style::critical,
+                                            {QStringLiteral("OK")}}));
     EXPECT_TRUE(disabledWhileAlertShown);
     EXPECT_TRUE(view->openSafariButton()->isEnabled());
     EXPECT_EQ(terminations, 0);
@@ -305,8 +318,9 @@ TEST_F(ViewTest, OkGotItThatFailsShowsTheAlertReenablesAndLogs)
     test::spin(200ms);
     auto records = test::logRecords(server);
     std::sort(records.begin(), records.end());
-    EXPECT_EQ(records, (Records{{"companion.openSafari", "Could not continue to extension: Browser is busy"},
-                                {"companion.openSafari", "Could not open Safari: Browser is busy"}}));
+    EXPECT_EQ(records,
+              (Records{{"companion.openSafari", "Could not continue to extension: Browser is busy"},
+                       {"companion.openSafari", "Could not open Safari: Browser is busy"}}));
 }
 
 TEST_F(ViewTest, OpenSettingsShowsTheBusyLookUntilTheRequestCompletes)
@@ -337,42 +351,49 @@ TEST_F(ViewTest, OpenSettingsShowsTheBusyLookUntilTheRequestCompletes)
 TEST_F(ViewTest, OpenSettingsThatFailsShowsTheAlertLogsAndRestoresTheButton)
 {
     bridge.enabled = false;
-    bridge.preferencesErrors.push_back({QStringLiteral("com.lexmira.Extension1.Error"), QStringLiteral("No settings")});
+    bridge.preferencesErrors.push_back(
+        {QStringLiteral("com.lexmira.Extension1.Error"), QStringLiteral("No settings")});
     const auto view = makeView();
     view->show();
     ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
     auto* button = view->openSafariExtensionPreferencesButton();
     bool busyWhileAlertShown = false;
-    alerts.onShow = [&](const Alert&) { busyWhileAlertShown = button->text() == QStringLiteral("Opening..."); };
+    alerts.onShow = [&](const Alert&) {
+        busyWhileAlertShown = button->text() == QStringLiteral("Opening...");
+    };
     QTest::mouseClick(button, Qt::LeftButton);
     ASSERT_TRUE(test::waitUntil([&] { return button->isEnabled(); }));
     ASSERT_EQ(alerts.alerts.size(), 1u);
-    EXPECT_EQ(alerts.alerts.front(), (Alert{QStringLiteral("Could not open extensions settings"), QStringLiteral("No settings"),
-                                            Alert::Style::critical, {QStringLiteral("OK")}}));
+    EXPECT_EQ(alerts.alerts.front(), (Alert{QStringLiteral("Could not open extensions settings"),
+                                            QStringLiteral("No settings"),
+                                            Alert::Style::critical,
+                                            {QStringLiteral("OK")}}));
     EXPECT_TRUE(busyWhileAlertShown);
     EXPECT_EQ(button->text(), QStringLiteral("Open settings to enable Lexmira"));
     ASSERT_TRUE(server.waitForRequests(1));
     EXPECT_EQ(test::logRecords(server),
-              (Records{{"companion.openExtensionsSettings", "Could not open extensions settings: No settings"}}));
+              (Records{{"companion.openExtensionsSettings",
+                        "Could not open extensions settings: No settings"}}));
 }
 
 TEST_F(ViewTest, ButtonsAndTextsAreAccessible)
 {
     const auto view = makeView();
     view->show();
-    for (FlatButton* button : {view->openSafariButton(), view->openSafariExtensionPreferencesButton()}) {
+    for (FlatButton* button :
+         {view->openSafariButton(), view->openSafariExtensionPreferencesButton()}) {
         QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(button);
         ASSERT_NE(accessible, nullptr);
         EXPECT_EQ(accessible->role(), QAccessible::Button);
         EXPECT_EQ(accessible->text(QAccessible::Name), button->text());
     }
-    QAccessibleInterface* title =
-        QAccessible::queryAccessibleInterface(childrenOf<TextView>(view->extensionEnabledPanel()).first());
+    QAccessibleInterface* title = QAccessible::queryAccessibleInterface(
+        childrenOf<TextView>(view->extensionEnabledPanel()).first());
     ASSERT_NE(title, nullptr);
     EXPECT_EQ(title->role(), QAccessible::StaticText);
     EXPECT_EQ(title->text(QAccessible::Name), QString::fromUtf8("You\u2019re all set!"));
-    QAccessibleInterface* steps =
-        QAccessible::queryAccessibleInterface(childrenOf<TextView>(view->enableExtensionPanel())[2]);
+    QAccessibleInterface* steps = QAccessible::queryAccessibleInterface(
+        childrenOf<TextView>(view->enableExtensionPanel())[2]);
     EXPECT_EQ(steps->text(QAccessible::Name),
               QStringLiteral("1. Open settings. 2. Click checkbox to grant permission."));
 }

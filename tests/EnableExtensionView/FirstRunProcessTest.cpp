@@ -21,7 +21,8 @@ using test::DevExtensionPeer;
 
 bool instanceRunning()
 {
-    return QDBusConnection::sessionBus().interface()->isServiceRegistered(QStringLiteral("com.lexmira.companion"));
+    return QDBusConnection::sessionBus().interface()->isServiceRegistered(
+        QStringLiteral("com.lexmira.companion"));
 }
 
 std::vector<std::string> dispatched(const DevExtensionPeer& peer)
@@ -58,7 +59,8 @@ protected:
         environment = test::childEnvironment();
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config.path());
         environment.insert(QStringLiteral("LEXMIRA_LOG_HOST"), logServer.hostAndPort());
-        environment.insert(QStringLiteral("LEXMIRA_EXTRA_CA_FILE"), test::HttpsTestServer::caFile());
+        environment.insert(QStringLiteral("LEXMIRA_EXTRA_CA_FILE"),
+                           test::HttpsTestServer::caFile());
     }
 
     ~FirstRun() override
@@ -92,7 +94,8 @@ protected:
 
 TEST_F(FirstRun, PollsTheExtensionAndAsksForTheLoginTabOnceItIsEnabled)
 {
-    DevExtensionPeer peer({QStringLiteral("--disabled")}, DevExtensionPeer::defaultName(), environment);
+    DevExtensionPeer peer({QStringLiteral("--disabled")}, DevExtensionPeer::defaultName(),
+                          environment);
     ASSERT_TRUE(peer.isServing());
     startCompanion();
 
@@ -137,19 +140,23 @@ TEST_F(FirstRun, ExtensionThatCannotBeReachedIsLoggedOnce)
 // The reminder, as a desktop shows it: the notification server of the test display.
 TEST_F(FirstRun, DisabledExtensionIsRemindedOnceAtOneMinuteAndOpenOpensTheSettings)
 {
-    DevExtensionPeer peer({QStringLiteral("--disabled")}, DevExtensionPeer::defaultName(), environment);
+    DevExtensionPeer peer({QStringLiteral("--disabled")}, DevExtensionPeer::defaultName(),
+                          environment);
     ASSERT_TRUE(peer.isServing());
     dunstctl({QStringLiteral("close-all")});
     dunstctl({QStringLiteral("history-clear")});
     startCompanion();
 
     qint64 shownAfter = -1;
-    ASSERT_TRUE(test::waitUntil([&] {
-        if (dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}) != QStringLiteral("1"))
-            return false;
-        shownAfter = started.elapsed();
-        return true;
-    }, 90s));
+    ASSERT_TRUE(test::waitUntil(
+        [&] {
+            if (dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}) !=
+                QStringLiteral("1"))
+                return false;
+            shownAfter = started.elapsed();
+            return true;
+        },
+        90s));
     EXPECT_GE(shownAfter, 59'000) << "the reminder waits a minute";
     EXPECT_EQ(callsOf(peer, "ShowPreferences"), 0u);
 
@@ -158,7 +165,8 @@ TEST_F(FirstRun, DisabledExtensionIsRemindedOnceAtOneMinuteAndOpenOpensTheSettin
 
     test::spin(3s);
     // One reminder per launch: the one shown, and no other waiting or in the history.
-    EXPECT_EQ(dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}), QStringLiteral("1"));
+    EXPECT_EQ(dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}),
+              QStringLiteral("1"));
     EXPECT_EQ(dunstctl({QStringLiteral("count"), QStringLiteral("waiting")}), QStringLiteral("0"));
     EXPECT_EQ(dunstctl({QStringLiteral("count"), QStringLiteral("history")}), QStringLiteral("0"));
     EXPECT_EQ(companion.state(), QProcess::Running);

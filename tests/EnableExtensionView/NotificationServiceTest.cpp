@@ -28,7 +28,8 @@ class RecordingServer : public QObject {
 
 public:
     RecordingServer()
-        : bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("notification-server")))
+        : bus_(QDBusConnection::connectToBus(QDBusConnection::SessionBus,
+                                             QStringLiteral("notification-server")))
     {
         bus_.registerObject(serverPath, this, QDBusConnection::ExportAllSlots);
         registered = bus_.registerService(serverName);
@@ -42,7 +43,8 @@ public:
 
     void invoke(uint id, const QString& action)
     {
-        auto signal = QDBusMessage::createSignal(serverPath, serverName, QStringLiteral("ActionInvoked"));
+        auto signal =
+            QDBusMessage::createSignal(serverPath, serverName, QStringLiteral("ActionInvoked"));
         signal << id << action;
         bus_.send(signal);
     }
@@ -51,8 +53,9 @@ public:
     QList<QVariantList> calls;
 
 public Q_SLOTS:
-    uint Notify(const QString& appName, uint replacesId, const QString& icon, const QString& summary,
-                const QString& body, const QStringList& actions, const QVariantMap& hints, int timeout)
+    uint Notify(const QString& appName, uint replacesId, const QString& icon,
+                const QString& summary, const QString& body, const QStringList& actions,
+                const QVariantMap& hints, int timeout)
     {
         calls.append({appName, replacesId, icon, summary, body, actions, hints, timeout});
         return uint(41 + calls.size());
@@ -99,11 +102,14 @@ TEST(NotificationService, NotifyCarriesTitleTextActionsSoundAndDesktopEntry)
     EXPECT_EQ(call[1].toUInt(), 0u);
     EXPECT_EQ(call[3].toString(), QStringLiteral("Lexmira is disabled"));
     EXPECT_EQ(call[4].toString(), QStringLiteral("Click Open to enable it in Safari settings"));
-    EXPECT_EQ(call[5].toStringList(), (QStringList{QStringLiteral("default"), QStringLiteral("Open"),
-                                                   QStringLiteral("open"), QStringLiteral("Open")}));
+    EXPECT_EQ(call[5].toStringList(),
+              (QStringList{QStringLiteral("default"), QStringLiteral("Open"),
+                           QStringLiteral("open"), QStringLiteral("Open")}));
     const auto hints = call[6].toMap();
-    EXPECT_EQ(hints.value(QStringLiteral("sound-name")).toString(), QStringLiteral("message-new-instant"));
-    EXPECT_EQ(hints.value(QStringLiteral("desktop-entry")).toString(), QStringLiteral("com.lexmira.companion"));
+    EXPECT_EQ(hints.value(QStringLiteral("sound-name")).toString(),
+              QStringLiteral("message-new-instant"));
+    EXPECT_EQ(hints.value(QStringLiteral("desktop-entry")).toString(),
+              QStringLiteral("com.lexmira.companion"));
     EXPECT_EQ(call[7].toInt(), -1);
 }
 
@@ -150,8 +156,13 @@ TEST(NotificationService, RealServerShowsTheReminderAndReportsTheClick)
         process.waitForFinished(10000);
         return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
     };
-    ASSERT_TRUE(test::waitUntil([&] { return serverRunning() && dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}) == QStringLiteral("1"); },
-                                20s));
+    ASSERT_TRUE(test::waitUntil(
+        [&] {
+            return serverRunning() &&
+                   dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}) ==
+                       QStringLiteral("1");
+        },
+        20s));
     dunstctl({QStringLiteral("action"), QStringLiteral("0")});
     ASSERT_TRUE(test::waitUntil([&] { return activated.count() == 1; }));
     dunstctl({QStringLiteral("close-all")});

@@ -19,14 +19,18 @@ protected:
     QImage shoot(QWidget& view)
     {
         test::spin(300ms); // mapped and painted
-        return view.screen()->grabWindow(view.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+        return view.screen()
+            ->grabWindow(view.winId())
+            .toImage()
+            .convertToFormat(QImage::Format_RGB32);
     }
 
     static QColor at(const QImage& image, QPoint point) { return QColor(image.pixel(point)); }
 
     static bool near(const QColor& a, const QColor& b, int tolerance = 3)
     {
-        return std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
+        return std::abs(a.red() - b.red()) <= tolerance &&
+               std::abs(a.green() - b.green()) <= tolerance &&
                std::abs(a.blue() - b.blue()) <= tolerance;
     }
 
@@ -39,7 +43,8 @@ protected:
             for (int x = 0; x < alone.width(); ++x)
                 if (qAlpha(alone.pixel(x, y)) > 0)
                     bounds |= QRect(x, y, 1, 1);
-        return QRect(bounds.topLeft() / text.devicePixelRatio(), bounds.size() / text.devicePixelRatio());
+        return QRect(bounds.topLeft() / text.devicePixelRatio(),
+                     bounds.size() / text.devicePixelRatio());
     }
 
     // Pixels inside rect that differ from background: what was drawn there.
@@ -62,7 +67,8 @@ TEST_P(Rendering, PanelButtonsImagesAndTexts)
     const auto view = makeView();
     view->show();
     ASSERT_TRUE(test::waitUntil([&] {
-        return !(enabled() ? view->extensionEnabledPanel() : view->enableExtensionPanel())->isHidden();
+        return !(enabled() ? view->extensionEnabledPanel() : view->enableExtensionPanel())
+                    ->isHidden();
     }));
     const QImage image = shoot(*view);
     ASSERT_EQ(image.size(), QSize(550, 367) * view->devicePixelRatio());
@@ -72,7 +78,8 @@ TEST_P(Rendering, PanelButtonsImagesAndTexts)
     EXPECT_TRUE(near(at(image, {300, 20}), scheme.panel));
 
     QWidget* panel = enabled() ? view->extensionEnabledPanel() : view->enableExtensionPanel();
-    FlatButton* button = enabled() ? view->openSafariButton() : view->openSafariExtensionPreferencesButton();
+    FlatButton* button =
+        enabled() ? view->openSafariButton() : view->openSafariExtensionPreferencesButton();
     const QRect buttonRect = button->geometry();
     EXPECT_EQ(buttonRect.height(), 32);
     // The fill, away from the rounded corners and the white title.
@@ -101,7 +108,8 @@ TEST_P(Rendering, PanelButtonsImagesAndTexts)
         for (QWidget* other : children) {
             if (!qobject_cast<TextView*>(other)) {
                 EXPECT_FALSE(glyphs.intersects(other->geometry()))
-                    << text->text().toStdString() << " runs under " << other->metaObject()->className();
+                    << text->text().toStdString() << " runs under "
+                    << other->metaObject()->className();
             }
         }
     }

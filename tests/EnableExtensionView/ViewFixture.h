@@ -22,7 +22,8 @@ inline const QString extensionId = QStringLiteral("com.lexmira.companion.ext");
 // hand-off and a remote log that posts to a loopback HTTPS server.
 class ViewFixture : public ::testing::Test {
 protected:
-    std::unique_ptr<EnableExtensionView> makeView(std::chrono::milliseconds pollInterval = std::chrono::seconds(1))
+    std::unique_ptr<EnableExtensionView>
+    makeView(std::chrono::milliseconds pollInterval = std::chrono::seconds(1))
     {
         return std::make_unique<EnableExtensionView>(EnableExtensionView::Dependencies{
             bridge, extensionId, oauth, *sharedData, skrivo, alerts, appearance, preferences,

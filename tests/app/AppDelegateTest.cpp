@@ -1,5 +1,5 @@
-#include "Common/Env.h"
 #include "app/AppDelegate.h"
+#include "Common/Env.h"
 #include "app/Application.h"
 #include "app/MainMenu.h"
 #include "app/MainWindow.h"
@@ -20,7 +20,8 @@ protected:
     {
         auto& application = Application::shared();
         if (!application.mainMenu())
-            application.setMainMenu(std::make_unique<MainMenu>(QString::fromStdString(env().appInfo.appName)));
+            application.setMainMenu(
+                std::make_unique<MainMenu>(QString::fromStdString(env().appInfo.appName)));
         auto& delegate = AppDelegate::shared();
         if (!delegate.mainWindowController().window()) {
             delegate.applicationWillFinishLaunching();
@@ -35,7 +36,10 @@ protected:
         ASSERT_TRUE(test::waitUntil([&] { return window()->isVisible(); }));
     }
 
-    static MainWindowController& controller() { return AppDelegate::shared().mainWindowController(); }
+    static MainWindowController& controller()
+    {
+        return AppDelegate::shared().mainWindowController();
+    }
     static MainWindow* window() { return controller().window(); }
 
     static int mainWindowCount()
@@ -72,7 +76,8 @@ TEST_F(Launched, DidFinishLaunchingShowsTheOneWindowListedInTheWindowsMenu)
 
 TEST_F(Launched, WillFinishLaunchingSuppressesTheFullScreenMenuItem)
 {
-    const QVariant stored = env().userDefaults().object(QStringLiteral("NSFullScreenMenuItemEverywhere"));
+    const QVariant stored =
+        env().userDefaults().object(QStringLiteral("NSFullScreenMenuItemEverywhere"));
     ASSERT_TRUE(stored.isValid());
     EXPECT_FALSE(stored.toBool());
 }

@@ -19,7 +19,8 @@ TEST(CommandLine, NoArgumentRunsWithoutUrl)
 
 TEST(CommandLine, OneArgumentIsTheUrlToOpen)
 {
-    const auto command = parse({QStringLiteral("lexmira.extension://oauth?code=a&code_challenge=b")});
+    const auto command =
+        parse({QStringLiteral("lexmira.extension://oauth?code=a&code_challenge=b")});
     EXPECT_EQ(command.action, CommandLine::Action::run);
     EXPECT_EQ(command.url, QStringLiteral("lexmira.extension://oauth?code=a&code_challenge=b"));
 }
@@ -46,7 +47,8 @@ TEST(CommandLine, UnknownOptionFails)
 
 TEST(CommandLine, TwoUrlsFail)
 {
-    EXPECT_EQ(parse({QStringLiteral("a:"), QStringLiteral("b:")}).action, CommandLine::Action::fail);
+    EXPECT_EQ(parse({QStringLiteral("a:"), QStringLiteral("b:")}).action,
+              CommandLine::Action::fail);
 }
 
 TEST(CommandLine, QtPlatformOptionsAreLeftToQt)

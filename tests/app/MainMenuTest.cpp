@@ -1,5 +1,5 @@
-#include "app/Application.h"
 #include "app/MainMenu.h"
+#include "app/Application.h"
 
 #include <gtest/gtest.h>
 
@@ -71,9 +71,10 @@ TEST(MainMenu, FileMenuHasOpenWithTheEllipsisCharacterAndClose)
 TEST(MainMenu, WindowMenuHasMinimizeAndBringAllToFront)
 {
     MainMenu menu(QStringLiteral("Lexmira"));
-    expectItems(menu.windowMenu(), {{QStringLiteral("Minimize"), QKeySequence(Qt::CTRL | Qt::Key_M)},
-                                    {{}, {}, true},
-                                    {QStringLiteral("Bring All to Front"), {}}});
+    expectItems(menu.windowMenu(),
+                {{QStringLiteral("Minimize"), QKeySequence(Qt::CTRL | Qt::Key_M)},
+                 {{}, {}, true},
+                 {QStringLiteral("Bring All to Front"), {}}});
 }
 
 TEST(MainMenu, WindowMenuBecomesTheApplicationsWindowsMenu)
@@ -85,7 +86,8 @@ TEST(MainMenu, WindowMenuBecomesTheApplicationsWindowsMenu)
 TEST(MainMenu, TitlesFollowTheApplicationName)
 {
     MainMenu menu(QStringLiteral("Other Name"));
-    EXPECT_EQ(menu.applicationMenu()->actions().first()->text(), QStringLiteral("About Other Name"));
+    EXPECT_EQ(menu.applicationMenu()->actions().first()->text(),
+              QStringLiteral("About Other Name"));
     EXPECT_EQ(menu.applicationMenu()->actions().last()->text(), QStringLiteral("Quit Other Name"));
 }
 

@@ -1,7 +1,7 @@
+#include "app/MainWindow.h"
 #include "EnableExtensionView/EnableExtensionView.h"
 #include "EnableExtensionView/EnableExtensionViewController.h"
 #include "app/AppDelegate.h"
-#include "app/MainWindow.h"
 
 #include <gtest/gtest.h>
 

@@ -67,7 +67,8 @@ TEST(Process, VersionPrintsTheBundleVersion)
 TEST(Process, HelpExitsZero)
 {
     int exitCode = -1;
-    EXPECT_TRUE(runToEnd({QStringLiteral("--help")}, &exitCode).contains(QStringLiteral("--version")));
+    EXPECT_TRUE(
+        runToEnd({QStringLiteral("--help")}, &exitCode).contains(QStringLiteral("--version")));
     EXPECT_EQ(exitCode, 0);
 }
 
@@ -106,9 +107,11 @@ TEST(Process, BundleWithoutClientInfoStopsTheProcessNamingEnvCommon)
     ASSERT_TRUE(companion.process().waitForFinished(20000));
     EXPECT_EQ(companion.process().exitStatus(), QProcess::CrashExit);
     const QString stderrText = QString::fromUtf8(companion.process().readAllStandardError());
-    EXPECT_TRUE(stderrText.contains(QStringLiteral("Fatal error: Could not find resource clientInfo.json")))
+    EXPECT_TRUE(
+        stderrText.contains(QStringLiteral("Fatal error: Could not find resource clientInfo.json")))
         << stderrText.toStdString();
-    EXPECT_TRUE(stderrText.contains(QStringLiteral("Common/EnvCommon"))) << stderrText.toStdString();
+    EXPECT_TRUE(stderrText.contains(QStringLiteral("Common/EnvCommon")))
+        << stderrText.toStdString();
 }
 
 TEST(Process, WithoutASessionBusTheApplicationRunsAndSaysSo)
@@ -118,10 +121,13 @@ TEST(Process, WithoutASessionBusTheApplicationRunsAndSaysSo)
                        QStringLiteral("unix:path=/nonexistent/lexmira-bus"));
     CompanionProcess companion({}, environment);
     QString stderrText;
-    ASSERT_TRUE(test::waitUntil([&] {
-        stderrText += QString::fromUtf8(companion.process().readAllStandardError());
-        return stderrText.contains(QStringLiteral("no session bus"));
-    }, std::chrono::seconds(20))) << stderrText.toStdString();
+    ASSERT_TRUE(test::waitUntil(
+        [&] {
+            stderrText += QString::fromUtf8(companion.process().readAllStandardError());
+            return stderrText.contains(QStringLiteral("no session bus"));
+        },
+        std::chrono::seconds(20)))
+        << stderrText.toStdString();
     test::spin(std::chrono::milliseconds(500));
     EXPECT_EQ(companion.process().state(), QProcess::Running);
 }

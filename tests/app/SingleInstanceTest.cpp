@@ -56,9 +56,11 @@ TEST_F(SingleInstanceOnTheBus, OwnsTheApplicationName)
 TEST_F(SingleInstanceOnTheBus, SecondClaimInTheSameSessionIsSecondary)
 {
     // A second connection stands for a second process.
-    auto other = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("other"));
-    auto reply = other.interface()->registerService(serviceName, QDBusConnectionInterface::DontQueueService,
-                                                    QDBusConnectionInterface::DontAllowReplacement);
+    auto other =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("other"));
+    auto reply =
+        other.interface()->registerService(serviceName, QDBusConnectionInterface::DontQueueService,
+                                           QDBusConnectionInterface::DontAllowReplacement);
     EXPECT_EQ(reply.value(), QDBusConnectionInterface::ServiceNotRegistered);
     QDBusConnection::disconnectFromBus(QStringLiteral("other"));
 }
@@ -107,24 +109,27 @@ TEST_F(SingleInstanceOnTheBus, UrlsFromSeveralLaunchesArriveInOrder)
 TEST_F(SingleInstanceOnTheBus, OpenWithSeveralUrisHandsThemOverInOrder)
 {
     QSignalSpy opened(instance_.get(), &SingleInstance::openRequested);
-    auto call = QDBusMessage::createMethodCall(serviceName, QStringLiteral("/com/lexmira/companion"),
-                                               QStringLiteral("org.freedesktop.Application"),
-                                               QStringLiteral("Open"));
+    auto call = QDBusMessage::createMethodCall(
+        serviceName, QStringLiteral("/com/lexmira/companion"),
+        QStringLiteral("org.freedesktop.Application"), QStringLiteral("Open"));
     call << QStringList{QStringLiteral("a:1"), QStringLiteral("a:2")} << QVariantMap();
-    auto other = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("caller"));
+    auto other =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("caller"));
     other.asyncCall(call);
     ASSERT_TRUE(test::waitUntil([&] { return opened.count() == 1; }));
-    EXPECT_EQ(opened.first().first().toStringList(), (QStringList{QStringLiteral("a:1"), QStringLiteral("a:2")}));
+    EXPECT_EQ(opened.first().first().toStringList(),
+              (QStringList{QStringLiteral("a:1"), QStringLiteral("a:2")}));
     QDBusConnection::disconnectFromBus(QStringLiteral("caller"));
 }
 
 TEST_F(SingleInstanceOnTheBus, UnknownActionAnswersAnError)
 {
-    auto call = QDBusMessage::createMethodCall(serviceName, QStringLiteral("/com/lexmira/companion"),
-                                               QStringLiteral("org.freedesktop.Application"),
-                                               QStringLiteral("ActivateAction"));
+    auto call = QDBusMessage::createMethodCall(
+        serviceName, QStringLiteral("/com/lexmira/companion"),
+        QStringLiteral("org.freedesktop.Application"), QStringLiteral("ActivateAction"));
     call << QStringLiteral("frobnicate") << QVariantList() << QVariantMap();
-    auto other = QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("caller2"));
+    auto other =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("caller2"));
     auto pending = other.asyncCall(call);
     ASSERT_TRUE(test::waitUntil([&] { return pending.isFinished(); }));
     EXPECT_TRUE(pending.isError());

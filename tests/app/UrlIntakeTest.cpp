@@ -8,7 +8,10 @@ namespace {
 
 class RecordingHandler : public GetUrlHandler {
 public:
-    void handleGetURL(const std::optional<QString>& url) override { urls << url.value_or(QString()); }
+    void handleGetURL(const std::optional<QString>& url) override
+    {
+        urls << url.value_or(QString());
+    }
     QStringList urls;
 };
 
@@ -32,7 +35,8 @@ TEST_F(UrlIntake, UrlsBeforeTheHandlerIsBoundWaitAndArriveInOrder)
     application.setGetUrlHandler(&handler);
     EXPECT_TRUE(handler.urls.isEmpty()) << "delivery waits for the event loop";
     ASSERT_TRUE(test::waitUntil([&] { return handler.urls.size() == 3; }));
-    EXPECT_EQ(handler.urls, (QStringList{QStringLiteral("a:1"), QStringLiteral("a:2"), QStringLiteral("a:3")}));
+    EXPECT_EQ(handler.urls,
+              (QStringList{QStringLiteral("a:1"), QStringLiteral("a:2"), QStringLiteral("a:3")}));
 }
 
 TEST_F(UrlIntake, EachUrlIsDeliveredOnItsOwnTurnOfTheEventLoop)

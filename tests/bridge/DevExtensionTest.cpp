@@ -1,5 +1,5 @@
-#include "support/DevExtensionPeer.h"
 #include "QtPrinters.h"
+#include "support/DevExtensionPeer.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "platform/ExtensionBridge.h"
-#include "support/DevExtensionPeer.h"
 #include "QtPrinters.h"
+#include "support/DevExtensionPeer.h"
 #include "support/TestSupport.h"
 #include "util/Json.h"
 

@@ -1,5 +1,5 @@
-#include "support/DevExtensionPeer.h"
 #include "QtPrinters.h"
+#include "support/DevExtensionPeer.h"
 #include "support/HttpsTestServer.h"
 #include "support/TestSupport.h"
 #include "util/Json.h"

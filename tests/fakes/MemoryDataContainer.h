@@ -37,7 +37,8 @@ public:
             callback();
     }
 
-    std::shared_ptr<Unsubscriber> subscribe(const QString& key, std::function<void()> callback) override
+    std::shared_ptr<Unsubscriber> subscribe(const QString& key,
+                                            std::function<void()> callback) override
     {
         const std::lock_guard lock(mutex_);
         const int id = nextId_++;

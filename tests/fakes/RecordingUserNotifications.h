@@ -7,7 +7,10 @@
 // Keeps every notification instead of showing it; activate() plays the user's click.
 class RecordingUserNotifications final : public UserNotifications {
 public:
-    void deliver(const UserNotification& notification) override { delivered.push_back(notification); }
+    void deliver(const UserNotification& notification) override
+    {
+        delivered.push_back(notification);
+    }
     void activate() { Q_EMIT activated(); }
 
     std::vector<UserNotification> delivered;

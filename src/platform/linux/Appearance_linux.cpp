@@ -68,22 +68,22 @@ private Q_SLOTS:
 private:
     void read(const QString& method)
     {
-        auto call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, method);
+        auto call =
+            QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, method);
         call << appearanceNamespace << colorSchemeKey;
         auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call, readTimeoutMs), this);
-        connect(watcher, &QDBusPendingCallWatcher::finished, this,
-                [this, watcher, method] {
-                    watcher->deleteLater();
-                    const QDBusPendingReply<QVariant> reply = *watcher;
-                    if (reply.isError()) {
-                        // Portals before version 2 have only Read.
-                        if (method == QStringLiteral("ReadOne") &&
-                            reply.error().type() == QDBusError::UnknownMethod)
-                            read(QStringLiteral("Read"));
-                        return;
-                    }
-                    update(isPreferDark(reply.argumentAt(0)), false);
-                });
+        connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, method] {
+            watcher->deleteLater();
+            const QDBusPendingReply<QVariant> reply = *watcher;
+            if (reply.isError()) {
+                // Portals before version 2 have only Read.
+                if (method == QStringLiteral("ReadOne") &&
+                    reply.error().type() == QDBusError::UnknownMethod)
+                    read(QStringLiteral("Read"));
+                return;
+            }
+            update(isPreferDark(reply.argumentAt(0)), false);
+        });
     }
 
     void update(bool dark, bool announced)

@@ -101,11 +101,12 @@ public:
         bus_.registerObject(objectPath, applicationInterface, new ApplicationObject(this),
                             QDBusConnection::ExportAllSlots);
         const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
-            bus_.interface()->registerService(serviceName, QDBusConnectionInterface::DontQueueService,
+            bus_.interface()->registerService(serviceName,
+                                              QDBusConnectionInterface::DontQueueService,
                                               QDBusConnectionInterface::DontAllowReplacement);
         if (!reply.isValid()) {
-            printError(QStringLiteral("could not claim %1: %2")
-                           .arg(serviceName, reply.error().message()));
+            printError(
+                QStringLiteral("could not claim %1: %2").arg(serviceName, reply.error().message()));
             bus_.unregisterObject(objectPath);
             return Role::standalone;
         }

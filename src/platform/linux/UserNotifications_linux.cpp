@@ -39,7 +39,8 @@ public:
         QVariantMap hints{{QStringLiteral("desktop-entry"), desktopEntry}};
         if (notification.defaultSound)
             hints.insert(QStringLiteral("sound-name"), defaultSoundName);
-        auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Notify"));
+        auto call =
+            QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Notify"));
         call << applicationName_ << uint(0) << QString() << notification.title
              << notification.informativeText
              << QStringList{QStringLiteral("default"), notification.actionButtonTitle,
