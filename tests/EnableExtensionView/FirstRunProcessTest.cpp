@@ -1,3 +1,4 @@
+#include "support/ChildProcess.h"
 #include "support/DevExtensionPeer.h"
 #include "support/HttpsTestServer.h"
 #include "support/TestSupport.h"
@@ -9,10 +10,6 @@
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
-
-#include <sys/prctl.h>
-
-#include <csignal>
 
 namespace {
 
@@ -65,30 +62,23 @@ protected:
 
     ~FirstRun() override
     {
-        if (companion.state() != QProcess::NotRunning) {
-            companion.terminate();
-            if (!companion.waitForFinished(10000))
-                companion.kill();
-            companion.waitForFinished();
-        }
+        companion.reset();
         test::waitUntil([] { return !instanceRunning(); });
     }
 
     void startCompanion()
     {
         ASSERT_TRUE(test::waitUntil([] { return !instanceRunning(); }));
-        companion.setProcessEnvironment(environment);
-        companion.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        companion.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-        companion.start(test::companionBinary(), {});
+        companion = std::make_unique<test::ChildProcess>(test::companionBinary(), QStringList{},
+                                                         environment);
         started.start();
-        ASSERT_TRUE(companion.waitForStarted());
+        ASSERT_TRUE(companion->running());
     }
 
     QTemporaryDir config;
     test::HttpsTestServer logServer;
     QProcessEnvironment environment;
-    QProcess companion;
+    std::unique_ptr<test::ChildProcess> companion;
     QElapsedTimer started;
 };
 
@@ -119,7 +109,7 @@ TEST_F(FirstRun, PollsTheExtensionAndAsksForTheLoginTabOnceItIsEnabled)
             EXPECT_EQ(call.value("userInfo", "x"), "");
             EXPECT_EQ(call.value("storedRecord", ""), "[true]");
         }
-    EXPECT_EQ(companion.state(), QProcess::Running);
+    EXPECT_TRUE(companion->running());
 }
 
 TEST_F(FirstRun, ExtensionThatCannotBeReachedIsLoggedOnce)
@@ -134,7 +124,7 @@ TEST_F(FirstRun, ExtensionThatCannotBeReachedIsLoggedOnce)
     ASSERT_TRUE(record);
     EXPECT_EQ(record->value("logger", ""), "companion.getExtensionState");
     EXPECT_EQ(record->value("message", "").rfind("Could not get extension state: ", 0), 0u);
-    EXPECT_EQ(companion.state(), QProcess::Running);
+    EXPECT_TRUE(companion->running());
 }
 
 // The reminder, as a desktop shows it: the notification server of the test display.
@@ -169,7 +159,7 @@ TEST_F(FirstRun, DisabledExtensionIsRemindedOnceAtOneMinuteAndOpenOpensTheSettin
               QStringLiteral("1"));
     EXPECT_EQ(dunstctl({QStringLiteral("count"), QStringLiteral("waiting")}), QStringLiteral("0"));
     EXPECT_EQ(dunstctl({QStringLiteral("count"), QStringLiteral("history")}), QStringLiteral("0"));
-    EXPECT_EQ(companion.state(), QProcess::Running);
+    EXPECT_TRUE(companion->running());
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "QtPrinters.h"
+#include "support/ChildProcess.h"
 #include "support/DevExtensionPeer.h"
 #include "support/HttpsTestServer.h"
 #include "support/TestSupport.h"
@@ -12,10 +13,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-
-#include <sys/prctl.h>
-
-#include <csignal>
 
 namespace {
 
@@ -48,32 +45,6 @@ std::vector<nlohmann::ordered_json> jsonLines(const QString& path)
             lines.push_back(*line);
     return lines;
 }
-
-// The companion as a second process, ended with the test.
-class Companion {
-public:
-    Companion(const QStringList& arguments, const QProcessEnvironment& environment)
-    {
-        process_.setProcessEnvironment(environment);
-        process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process_.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-        process_.start(test::companionBinary(), arguments);
-        process_.waitForStarted();
-    }
-    ~Companion()
-    {
-        if (process_.state() != QProcess::NotRunning) {
-            process_.terminate();
-            if (!process_.waitForFinished(10000))
-                process_.kill();
-            process_.waitForFinished();
-        }
-    }
-    bool running() const { return process_.state() == QProcess::Running; }
-
-private:
-    QProcess process_;
-};
 
 // Each test has its own configuration directory (so its own shared suite), its own alert record
 // and a loopback log service; the peer and the companion share the test's session bus.
@@ -116,9 +87,10 @@ protected:
     }
 
     // A running instance, ready for a second launch.
-    std::unique_ptr<Companion> startInstance() const
+    std::unique_ptr<test::ChildProcess> startInstance() const
     {
-        auto instance = std::make_unique<Companion>(QStringList{}, environment());
+        auto instance = std::make_unique<test::ChildProcess>(test::companionBinary(), QStringList{},
+                                                             environment());
         EXPECT_TRUE(test::waitUntil(instanceRunning, 20s));
         return instance;
     }
@@ -263,7 +235,7 @@ TEST_F(SignInProcess, AnInvalidCallbackSendsNullsAndStoresNoMessage)
 TEST_F(SignInProcess, ACallbackThatStartsTheApplicationIsDeliveredToo)
 {
     const auto peer = startPeer();
-    Companion first({callback}, environment());
+    test::ChildProcess first(test::companionBinary(), {callback}, environment());
     ASSERT_TRUE(test::waitUntil(
         [&] {
             for (const auto& call : peer->calls())

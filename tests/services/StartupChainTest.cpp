@@ -1,3 +1,4 @@
+#include "support/ChildProcess.h"
 #include "support/HttpsTestServer.h"
 #include "support/TestSupport.h"
 
@@ -23,31 +24,6 @@ bool instanceRunning()
 {
     return QDBusConnection::sessionBus().interface()->isServiceRegistered(instanceName);
 }
-
-// A child process that is ended with the test.
-class Child {
-public:
-    Child(const QString& program, const QProcessEnvironment& environment)
-    {
-        process_.setProcessEnvironment(environment);
-        process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process_.start(program, {});
-        process_.waitForStarted();
-    }
-    ~Child()
-    {
-        if (process_.state() != QProcess::NotRunning) {
-            process_.terminate();
-            if (!process_.waitForFinished(10000))
-                process_.kill();
-            process_.waitForFinished();
-        }
-    }
-    bool running() const { return process_.state() == QProcess::Running; }
-
-private:
-    QProcess process_;
-};
 
 class StartupChain : public ::testing::Test {
 protected:
@@ -95,7 +71,7 @@ protected:
 TEST_F(StartupChain, OneAccountRequestThenAppStartGoesOutAsBatchOneWithTheCookiesContainer)
 {
     account.holdRequests();
-    Child companion(test::companionBinary(), environment());
+    test::ChildProcess companion(test::companionBinary(), {}, environment());
 
     ASSERT_TRUE(account.waitForRequests(1, std::chrono::seconds(30)));
     const auto& fetch = account.requests().front();
@@ -155,7 +131,8 @@ TEST_F(StartupChain, EachProcessLogsUnderItsOwnSessionIdentifier)
         QStringLiteral("^[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$"));
     std::vector<std::string> sessions;
     for (std::size_t run = 1; run <= 2; ++run) {
-        Child probe(test::toolBinary(QStringLiteral("lexmira-env-log-probe")), environment());
+        test::ChildProcess probe(test::toolBinary(QStringLiteral("lexmira-env-log-probe")), {},
+                                 environment());
         ASSERT_TRUE(log.waitForRequests(2 * run, std::chrono::seconds(30)));
         const auto first = log.requests()[2 * run - 2].json();
         const auto second = log.requests()[2 * run - 1].json();
