@@ -58,15 +58,19 @@ using ValuePtr = std::unique_ptr<SecretValue, Deleter<secret_value_unref>>;
 using ErrorPtr = std::unique_ptr<GError, Deleter<g_error_free>>;
 
 struct ItemList {
-    explicit ItemList(GList* list)
-        : list(list)
-    {
-    }
-    ~ItemList() { g_list_free_full(list, g_object_unref); }
+    ItemList() = default;
+    ~ItemList() { reset(nullptr); }
     ItemList(const ItemList&) = delete;
     ItemList& operator=(const ItemList&) = delete;
 
-    GList* list;
+    void reset(GList* items)
+    {
+        if (list)
+            g_list_free_full(list, g_object_unref);
+        list = items;
+    }
+
+    GList* list = nullptr;
 };
 
 // The schema's attributes as the query gives them; none when an entry is missing or of another
@@ -130,9 +134,10 @@ public:
         if (const auto status = openDefaultCollection(collection); status != success)
             return status == itemNotFound ? notAvailable : status;
         GError* rawError = nullptr;
-        const ItemList existing(secret_collection_search_sync(collection.get(), keychainSchema(),
-                                                              attributes->get(), SECRET_SEARCH_NONE,
-                                                              nullptr, &rawError));
+        ItemList existing;
+        existing.reset(secret_collection_search_sync(collection.get(), keychainSchema(),
+                                                     attributes->get(), SECRET_SEARCH_NONE, nullptr,
+                                                     &rawError));
         ErrorPtr error(rawError);
         if (error)
             return statusOf(error.get());
@@ -157,18 +162,12 @@ public:
         const bool returnReference = flag(query, Key::returnPersistentRef);
         if (!attributes || (returnData && returnReference))
             return param;
-        CollectionPtr collection;
-        if (const auto status = openDefaultCollection(collection); status != success)
+        ItemList found;
+        if (const auto status = findItems(attributes->get(), SECRET_SEARCH_NONE, found);
+            status != success)
             return status;
         GError* rawError = nullptr;
-        const ItemList found(secret_collection_search_sync(collection.get(), keychainSchema(),
-                                                           attributes->get(), SECRET_SEARCH_NONE,
-                                                           nullptr, &rawError));
-        ErrorPtr error(rawError);
-        if (error)
-            return statusOf(error.get());
-        if (!found.list)
-            return itemNotFound;
+        ErrorPtr error;
         auto* item = static_cast<SecretItem*>(found.list->data);
 
         QVariant answer;
@@ -196,18 +195,12 @@ public:
         const auto attributes = attributesOf(query);
         if (!attributes)
             return param;
-        CollectionPtr collection;
-        if (const auto status = openDefaultCollection(collection); status != success)
+        ItemList found;
+        if (const auto status = findItems(attributes->get(), SECRET_SEARCH_ALL, found);
+            status != success)
             return status;
         GError* rawError = nullptr;
-        const ItemList found(secret_collection_search_sync(collection.get(), keychainSchema(),
-                                                           attributes->get(), SECRET_SEARCH_ALL,
-                                                           nullptr, &rawError));
-        ErrorPtr error(rawError);
-        if (error)
-            return statusOf(error.get());
-        if (!found.list)
-            return itemNotFound;
+        ErrorPtr error;
         for (GList* entry = found.list; entry; entry = entry->next) {
             if (!secret_item_delete_sync(static_cast<SecretItem*>(entry->data), nullptr,
                                          &rawError)) {
@@ -219,6 +212,21 @@ public:
     }
 
 private:
+    // The items of the default collection that match attributes; itemNotFound when none does.
+    static Status findItems(GHashTable* attributes, SecretSearchFlags flags, ItemList& found)
+    {
+        CollectionPtr collection;
+        if (const auto status = openDefaultCollection(collection); status != success)
+            return status;
+        GError* rawError = nullptr;
+        found.reset(secret_collection_search_sync(collection.get(), keychainSchema(), attributes,
+                                                  flags, nullptr, &rawError));
+        const ErrorPtr error(rawError);
+        if (error)
+            return statusOf(error.get());
+        return found.list ? success : itemNotFound;
+    }
+
     // The unlocked default collection; itemNotFound when there is none yet, another status when
     // the service cannot be reached or the collection is locked.
     static Status openDefaultCollection(CollectionPtr& collection)
