@@ -178,22 +178,12 @@ TEST_F(SignInProcess,
     const auto instance = startInstance();
     launchWith(callback);
 
-    ASSERT_TRUE(test::waitUntil(
-        [&] {
-            for (const auto& call : peer->calls())
-                if (call.value("name", "") == "oauthExchange")
-                    return true;
-            return false;
-        },
-        20s));
+    ASSERT_TRUE(peer->waitForDispatch("oauthExchange", 20s));
     const QByteArray expectedRecord = QByteArray(R"([{"code":"4\/P7q-xZ","codeChallenge":")") +
                                       callbackChallenge.c_str() + "\"}]";
     EXPECT_EQ(stored(QStringLiteral("message.oauthExchangeMessage")), expectedRecord);
 
-    std::vector<nlohmann::ordered_json> exchanges;
-    for (const auto& call : peer->calls())
-        if (call.value("name", "") == "oauthExchange")
-            exchanges.push_back(call);
+    const auto exchanges = peer->dispatches("oauthExchange");
     ASSERT_EQ(exchanges.size(), 1u);
     const auto userInfo = Json::decode(QByteArray::fromStdString(exchanges[0]["userInfo"]));
     ASSERT_TRUE(userInfo);
@@ -214,20 +204,11 @@ TEST_F(SignInProcess, AnInvalidCallbackSendsNullsAndStoresNoMessage)
     const auto instance = startInstance();
     launchWith(QStringLiteral("lexmira.extension://oauth/elsewhere?code=a&code_challenge=b"));
 
-    ASSERT_TRUE(test::waitUntil(
-        [&] {
-            for (const auto& call : peer->calls())
-                if (call.value("name", "") == "oauthExchange")
-                    return true;
-            return false;
-        },
-        20s));
+    ASSERT_TRUE(peer->waitForDispatch("oauthExchange", 20s));
     EXPECT_EQ(stored(QStringLiteral("message.oauthExchangeMessage")), QByteArray("[null]"));
-    const auto calls = peer->calls();
-    const auto exchange = std::find_if(calls.begin(), calls.end(), [](const auto& call) {
-        return call.value("name", "") == "oauthExchange";
-    });
-    ASSERT_NE(exchange, calls.end());
+    const auto exchanges = peer->dispatches("oauthExchange");
+    ASSERT_FALSE(exchanges.empty());
+    const auto exchange = exchanges.begin();
     EXPECT_EQ((*exchange)["userInfo"], R"({"code":null,"codeChallenge":null})");
     EXPECT_EQ((*exchange)["storedRecord"], "[null]");
 }
@@ -236,20 +217,11 @@ TEST_F(SignInProcess, ACallbackThatStartsTheApplicationIsDeliveredToo)
 {
     const auto peer = startPeer();
     test::ChildProcess first(test::companionBinary(), {callback}, environment());
-    ASSERT_TRUE(test::waitUntil(
-        [&] {
-            for (const auto& call : peer->calls())
-                if (call.value("name", "") == "oauthExchange")
-                    return true;
-            return false;
-        },
-        20s));
+    ASSERT_TRUE(peer->waitForDispatch("oauthExchange", 20s));
     EXPECT_TRUE(first.running()) << "the launch became the instance and keeps running";
-    const auto calls = peer->calls();
-    const auto exchange = std::find_if(calls.begin(), calls.end(), [](const auto& call) {
-        return call.value("name", "") == "oauthExchange";
-    });
-    ASSERT_NE(exchange, calls.end());
+    const auto exchanges = peer->dispatches("oauthExchange");
+    ASSERT_FALSE(exchanges.empty());
+    const auto exchange = exchanges.begin();
     const auto userInfo = Json::decode(QByteArray::fromStdString((*exchange)["userInfo"]));
     ASSERT_TRUE(userInfo);
     EXPECT_EQ((*userInfo)["code"], callbackCode);

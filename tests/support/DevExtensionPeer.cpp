@@ -64,6 +64,21 @@ bool DevExtensionPeer::waitForCalls(std::size_t count) const
     return waitUntil([&] { return calls().size() >= count; });
 }
 
+std::vector<nlohmann::ordered_json> DevExtensionPeer::dispatches(const std::string& name) const
+{
+    std::vector<nlohmann::ordered_json> found;
+    for (auto& call : calls())
+        if (call.value("method", "") == "DispatchMessage" && call.value("name", "") == name)
+            found.push_back(std::move(call));
+    return found;
+}
+
+bool DevExtensionPeer::waitForDispatch(const std::string& name,
+                                       std::chrono::milliseconds timeout) const
+{
+    return waitUntil([&] { return !dispatches(name).empty(); }, timeout);
+}
+
 bool DevExtensionPeer::control(const QStringList& command) const
 {
     QProcess ctl;

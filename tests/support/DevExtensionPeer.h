@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <chrono>
+#include <string>
 #include <vector>
 
 namespace test {
@@ -36,6 +38,10 @@ public:
     std::vector<nlohmann::ordered_json> calls() const;
     // Waits until at least count calls were recorded.
     bool waitForCalls(std::size_t count) const;
+    // The recorded DispatchMessage calls of the message called name, oldest first.
+    std::vector<nlohmann::ordered_json> dispatches(const std::string& name) const;
+    // Waits until a message called name was dispatched.
+    bool waitForDispatch(const std::string& name, std::chrono::milliseconds timeout) const;
 
     // Runs "lexmira-dev-extension ctl <command…>" against this peer; true when it succeeded.
     bool control(const QStringList& command) const;
