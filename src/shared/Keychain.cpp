@@ -22,43 +22,63 @@ KeychainItems::Query Keychain::baseQuery(const std::string& account) const
     };
 }
 
-KeychainItems::Status Keychain::deleteItems(const std::string& account) const
+KeychainItems::Status Keychain::deleteStatus(const std::string& account) const
 {
     if (!items_)
         return KeychainItems::notAvailable;
     return items_->remove(baseQuery(account));
 }
 
+KeychainItems::Status Keychain::setStatus(const std::string& account,
+                                          const std::optional<QByteArray>& data) const
+{
+    const auto deleted = deleteStatus(account);
+    if (deleted != KeychainItems::success && deleted != KeychainItems::itemNotFound)
+        return deleted;
+    if (!data)
+        return deleted;
+    auto query = baseQuery(account);
+    query[KeychainItems::Key::valueData] = *data;
+    return items_->add(query);
+}
+
+KeychainItems::Status Keychain::getStatus(const std::string& account, bool asPersistentReference,
+                                          QByteArray& result) const
+{
+    if (!items_)
+        return KeychainItems::notAvailable;
+    using Key = KeychainItems::Key;
+    auto query = baseQuery(account);
+    query[Key::matchLimit] = QVariant::fromValue(KeychainItems::MatchLimit::one);
+    query[asPersistentReference ? Key::returnPersistentRef : Key::returnData] = true;
+    QVariant found;
+    const auto status = items_->copyMatching(query, &found);
+    if (status != KeychainItems::success)
+        return status;
+    if (found.metaType() != QMetaType::fromType<QByteArray>())
+        return KeychainItems::param;
+    result = found.toByteArray();
+    return KeychainItems::success;
+}
+
 bool Keychain::deleteItem(const std::string& account) const
 {
-    const auto status = deleteItems(account);
+    const auto status = deleteStatus(account);
     return status == KeychainItems::success || status == KeychainItems::itemNotFound;
 }
 
 bool Keychain::set(const std::string& account, const std::optional<QByteArray>& data, Access) const
 {
-    if (!deleteItem(account))
-        return false;
-    if (!data)
-        return false;
-    auto query = baseQuery(account);
-    query[KeychainItems::Key::valueData] = *data;
-    return items_->add(query) == KeychainItems::success;
+    // With none this still deletes, and reports false.
+    const auto status = setStatus(account, data);
+    return data && status == KeychainItems::success;
 }
 
 std::optional<QByteArray> Keychain::get(const std::string& account,
                                         bool asPersistentReference) const
 {
-    if (!items_)
+    QByteArray result;
+    if (getStatus(account, asPersistentReference, result) != KeychainItems::success)
         return std::nullopt;
-    using Key = KeychainItems::Key;
-    auto query = baseQuery(account);
-    query[Key::matchLimit] = QVariant::fromValue(KeychainItems::MatchLimit::one);
-    query[asPersistentReference ? Key::returnPersistentRef : Key::returnData] = true;
-    QVariant result;
-    if (items_->copyMatching(query, &result) != KeychainItems::success)
-        return std::nullopt;
-    if (result.metaType() != QMetaType::fromType<QByteArray>())
-        return std::nullopt;
-    return result.toByteArray();
+    return result;
 }

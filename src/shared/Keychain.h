@@ -42,9 +42,18 @@ public:
     // when there is no item or the keychain fails.
     std::optional<QByteArray> get(const std::string& account, bool asPersistentReference) const;
 
+    // The same three operations with the keychain's own status, for callers that hand it on (the
+    // extension's native side reports it to the extension). deleteStatus is itemNotFound when
+    // there was nothing to delete; setStatus with none is the status of the delete alone; get
+    // succeeds only with bytes, which it puts into result.
+    KeychainItems::Status deleteStatus(const std::string& account) const;
+    KeychainItems::Status setStatus(const std::string& account,
+                                    const std::optional<QByteArray>& data) const;
+    KeychainItems::Status getStatus(const std::string& account, bool asPersistentReference,
+                                    QByteArray& result) const;
+
 private:
     KeychainItems::Query baseQuery(const std::string& account) const;
-    KeychainItems::Status deleteItems(const std::string& account) const;
 
     std::string service_;
     std::string accessGroup_;

@@ -1,0 +1,149 @@
+#include "Common/EnvCommon.h"
+#include "extensionhost/AsyncKeychain.h"
+#include "extensionhost/Broker.h"
+#include "extensionhost/HostProtocol.h"
+#include "extensionhost/HostSession.h"
+#include "extensionhost/NativeHost.h"
+#include "platform/BrokerBus.h"
+#include "platform/BrokerLink.h"
+#include "platform/KeychainItems.h"
+#include "platform/SharedSuite.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <csignal>
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace {
+
+const QString serviceName = QStringLiteral("com.lexmira.companion.ext");
+
+const char* const usage =
+    "Usage:\n"
+    "  lexmira-extension-host --broker [--idle-timeout MILLISECONDS]\n"
+    "  lexmira-extension-host chrome-extension://ID/        (started by a Chromium-family "
+    "browser)\n"
+    "  lexmira-extension-host MANIFEST EXTENSION-ID        (started by Firefox)\n"
+    "  lexmira-extension-host --help | --version\n";
+
+// No installations are known yet; every connection is named by its family.
+class NoBrowsers final : public BrowserRegistry {
+public:
+    std::optional<Browser> forConnection(Family, const QString&) const override
+    {
+        return std::nullopt;
+    }
+    std::optional<Browser> mostRecent() const override { return std::nullopt; }
+};
+
+int runBroker(const QStringList& arguments)
+{
+    std::chrono::milliseconds idleTimeout = Broker::defaultIdleTimeout;
+    const auto option = arguments.indexOf(QStringLiteral("--idle-timeout"));
+    if (option >= 0) {
+        bool ok = false;
+        const int value = arguments.value(option + 1).toInt(&ok);
+        if (!ok || value <= 0) {
+            std::fprintf(stderr, "lexmira-extension-host: --idle-timeout takes milliseconds\n");
+            return 2;
+        }
+        idleTimeout = std::chrono::milliseconds(value);
+    }
+    NoBrowsers registry;
+    Broker broker(registry, idleTimeout, HostProtocol::replyTimeout);
+    QString error;
+    const auto bus = BrokerBus::publish(serviceName, broker, error);
+    if (!bus) {
+        std::fprintf(stderr, "lexmira-extension-host: %s\n", qUtf8Printable(error));
+        return 1;
+    }
+    broker.setBus(bus.get());
+    QObject::connect(&broker, &Broker::idle, qApp, &QCoreApplication::quit);
+    return QCoreApplication::exec();
+}
+
+struct Origin {
+    BrowserRegistry::Family family;
+    QString extensionId;
+};
+
+// Chromium-family browsers pass the extension's origin; Firefox the manifest's path and the
+// extension's identifier.
+std::optional<Origin> originOf(const QStringList& arguments)
+{
+    static const QString chromiumPrefix = QStringLiteral("chrome-extension://");
+    if (!arguments.isEmpty() && arguments.front().startsWith(chromiumPrefix)) {
+        QString id = arguments.front().mid(chromiumPrefix.size());
+        if (id.endsWith(QLatin1Char('/')))
+            id.chop(1);
+        if (!id.isEmpty())
+            return Origin{BrowserRegistry::Family::chromium, id};
+    }
+    if (arguments.size() >= 2 && arguments.front().endsWith(QLatin1String(".json")) &&
+        !arguments.at(1).isEmpty())
+        return Origin{BrowserRegistry::Family::firefox, arguments.at(1)};
+    return std::nullopt;
+}
+
+int runHost(const Origin& origin, const BrowserRegistry& registry)
+{
+    // A browser that goes away mid-write must not take the host down with a signal.
+    std::signal(SIGPIPE, SIG_IGN);
+
+    BrokerLink::Peer peer;
+    peer.extensionId = origin.extensionId;
+    if (const auto browser = registry.forConnection(origin.family, origin.extensionId)) {
+        peer.browser = browser->browser;
+        peer.browserName = browser->displayName;
+    } else if (origin.family == BrowserRegistry::Family::firefox) {
+        peer.browser = QStringLiteral("firefox");
+        peer.browserName = QStringLiteral("Firefox");
+    } else {
+        peer.browser = QStringLiteral("chromium");
+        peer.browserName = QStringLiteral("Chromium");
+    }
+
+    std::shared_ptr<SharedSuite> suite =
+        SharedSuite::open(QString::fromUtf8(appGroupSuiteName.data(), appGroupSuiteName.size()));
+    AsyncKeychain keychain(KeychainItems::create());
+    const auto broker = BrokerLink::create(serviceName);
+    HostSession session(peer, {suite, &keychain, broker.get()});
+    NativeHost host(STDIN_FILENO, STDOUT_FILENO, session);
+    QObject::connect(&session, &HostSession::finished, qApp, [&](const QString& reason) {
+        std::fprintf(stderr, "lexmira-extension-host: connection ended: %s\n",
+                     qUtf8Printable(reason));
+        host.flush(1000);
+        QCoreApplication::quit();
+    });
+    return QCoreApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("lexmira-extension-host"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(LEXMIRA_VERSION));
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+
+    if (arguments.contains(QStringLiteral("--help"))) {
+        std::fputs(usage, stdout);
+        return 0;
+    }
+    if (arguments.contains(QStringLiteral("--version"))) {
+        std::printf("lexmira-extension-host %s\n", LEXMIRA_VERSION);
+        return 0;
+    }
+    if (arguments.value(0) == QStringLiteral("--broker"))
+        return runBroker(arguments);
+    if (const auto origin = originOf(arguments)) {
+        NoBrowsers registry;
+        return runHost(*origin, registry);
+    }
+    std::fputs(usage, stderr);
+    return 2;
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QDBusArgument>
+#include <QList>
+#include <QMetaType>
+#include <QString>
+
+// One attached host as com.lexmira.ExtensionHost1.Connections lists it: (ssssx).
+struct HostConnectionRecord {
+    QString connection;
+    QString browser;
+    QString browserName;
+    QString extensionId;
+    qint64 attachedAtMs = 0;
+};
+
+inline QDBusArgument& operator<<(QDBusArgument& argument, const HostConnectionRecord& record)
+{
+    argument.beginStructure();
+    argument << record.connection << record.browser << record.browserName << record.extensionId
+             << record.attachedAtMs;
+    argument.endStructure();
+    return argument;
+}
+
+inline const QDBusArgument& operator>>(const QDBusArgument& argument, HostConnectionRecord& record)
+{
+    argument.beginStructure();
+    argument >> record.connection >> record.browser >> record.browserName >> record.extensionId >>
+        record.attachedAtMs;
+    argument.endStructure();
+    return argument;
+}
+
+Q_DECLARE_METATYPE(HostConnectionRecord)
