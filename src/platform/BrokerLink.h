@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/BrokerBus.h"
+
 #include <QObject>
 #include <QString>
 
@@ -36,4 +38,8 @@ public:
     virtual void setDispatchHandler(DispatchHandler handler) = 0;
 
     static std::unique_ptr<BrokerLink> create(const QString& serviceName);
+
+    // The connections the broker serves now, asked without starting it; none when it does not
+    // run or cannot be asked. Blocks for at most a few seconds: for command-line use only.
+    static std::optional<std::vector<HostPeer>> connectedHosts(const QString& serviceName);
 };

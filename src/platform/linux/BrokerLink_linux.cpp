@@ -4,8 +4,11 @@
 #include "extensionhost1_interface.h"
 #include "platform/linux/ExtensionBus.h"
 #include "platform/linux/HostConnectionObject.h"
+#include "platform/linux/HostConnectionRecord.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QPointer>
@@ -117,4 +120,25 @@ private:
 std::unique_ptr<BrokerLink> BrokerLink::create(const QString& serviceName)
 {
     return std::make_unique<DBusBrokerLink>(serviceName);
+}
+
+std::optional<std::vector<HostPeer>> BrokerLink::connectedHosts(const QString& serviceName)
+{
+    qDBusRegisterMetaType<HostConnectionRecord>();
+    qDBusRegisterMetaType<QList<HostConnectionRecord>>();
+    auto call = QDBusMessage::createMethodCall(serviceName, ExtensionBus::objectPath(serviceName),
+                                               QStringLiteral("com.lexmira.ExtensionHost1"),
+                                               QStringLiteral("Connections"));
+    // Asking must not start a broker only to hear that nothing is connected.
+    call.setAutoStartService(false);
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 5'000);
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().size() != 1)
+        return std::nullopt;
+    const auto records =
+        qdbus_cast<QList<HostConnectionRecord>>(reply.arguments().front().value<QDBusArgument>());
+    std::vector<HostPeer> hosts;
+    for (const auto& record : records)
+        hosts.push_back({record.connection, record.browser, record.browserName, record.extensionId,
+                         record.attachedAtMs});
+    return hosts;
 }
