@@ -813,6 +813,29 @@ TEST_F(ExtensionHostProcess, WhenTheNewestConnectionEndsTheOlderOneReceivesDispa
     EXPECT_FALSE(answer->error);
 }
 
+// A broker that goes away and comes back.
+
+TEST_F(ExtensionHostProcess, ConnectedHostsAttachAgainToABrokerThatCameBack)
+{
+    BrowserPlayer& player = connectHost();
+    ASSERT_TRUE(companion.waitForState(true));
+    broker.reset();
+
+    broker = std::make_unique<BrokerProcess>(environment);
+    ASSERT_TRUE(broker->isServing());
+    QElapsedTimer sinceBack;
+    sinceBack.start();
+    ASSERT_TRUE(companion.waitForState(true, 5s));
+    EXPECT_LT(sinceBack.elapsed(), 1000);
+
+    const auto answer = companion.dispatch(QStringLiteral("oauthExchange"), Json{{"code", "x"}});
+    const auto frame = player.takeFrame(isDispatch);
+    ASSERT_TRUE(frame);
+    player.send(replyTo(frame->json));
+    ASSERT_TRUE(Companion::waitFor(answer));
+    EXPECT_FALSE(answer->error);
+}
+
 // The companion itself, with the extension connected through a host.
 
 const QString signInCallback = QStringLiteral(
@@ -981,13 +1004,18 @@ public:
     // "gdbus call" of one method of the extension's interface; its output, or "" on failure.
     QString callExtension(const QString& method) const
     {
+        return call(QStringLiteral("com.lexmira.Extension1.") + method);
+    }
+
+    // The same for a method named with its interface.
+    QString call(const QString& method) const
+    {
         QProcess gdbus;
         gdbus.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         gdbus.start(QStringLiteral("gdbus"),
                     {QStringLiteral("call"), QStringLiteral("--address"), address_,
                      QStringLiteral("--dest"), serviceName, QStringLiteral("--object-path"),
-                     objectPath, QStringLiteral("--method"),
-                     QStringLiteral("com.lexmira.Extension1.") + method});
+                     objectPath, QStringLiteral("--method"), method});
         if (!gdbus.waitForFinished(30000) || gdbus.exitCode() != 0)
             return QString();
         return QString::fromUtf8(gdbus.readAllStandardOutput()).trimmed();
@@ -1042,6 +1070,50 @@ TEST(ExtensionHostActivation, AStartedBrokerExitsByItselfOnceIdle)
     EXPECT_TRUE(test::waitUntil([&] {
         return !QFile::exists(QStringLiteral("/proc/%1").arg(pid));
     })) << "the broker's process ended";
+}
+
+TEST(ExtensionHostActivation, AHostsHelloStartsTheBroker)
+{
+    PrivateBus bus({});
+    ASSERT_TRUE(bus.isRunning());
+    QTemporaryDir config;
+    auto environment = test::childEnvironment();
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config.path());
+    BrowserPlayer player(BrowserPlayer::Form::chromium, chromiumId, environment);
+
+    const auto welcome = player.hello(20s);
+    ASSERT_TRUE(welcome);
+    EXPECT_EQ(welcome->value("browser", ""), "Chromium");
+    EXPECT_GT(bus.brokerPid(), 0u);
+    EXPECT_EQ(bus.callExtension(QStringLiteral("GetState")), QStringLiteral("(true,)"));
+}
+
+TEST(ExtensionHostActivation, AConnectedHostStartsANewBrokerWhenItsBrokerDies)
+{
+    PrivateBus bus({});
+    ASSERT_TRUE(bus.isRunning());
+    QTemporaryDir config;
+    auto environment = test::childEnvironment();
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config.path());
+    BrowserPlayer player(BrowserPlayer::Form::firefox, firefoxId, environment);
+    ASSERT_TRUE(player.hello(20s));
+    const uint first = bus.brokerPid();
+    ASSERT_GT(first, 0u);
+
+    ::kill(pid_t(first), SIGKILL);
+    ASSERT_TRUE(test::waitUntil(
+        [&] {
+            const uint pid = isOwned(bus.bus(), serviceName) ? bus.brokerPid() : 0;
+            return pid > 0 && pid != first;
+        },
+        10s));
+    EXPECT_EQ(bus.callExtension(QStringLiteral("GetState")), QStringLiteral("(true,)"));
+    const QString connections = bus.call(QStringLiteral("com.lexmira.ExtensionHost1.Connections"));
+    EXPECT_EQ(connections.count(QStringLiteral("companion@lexmira.test")), 1)
+        << connections.toStdString();
+    EXPECT_TRUE(player.running());
 }
 
 } // namespace
