@@ -847,6 +847,8 @@ bool instanceRunning()
     return isOwned(instanceName);
 }
 
+// The companion as its own process beside the broker, sharing the test's configuration directory
+// with the hosts, and logging remotely to a loopback service of the test.
 class CompanionWithHost : public ExtensionHostProcess {
 protected:
     void SetUp() override
@@ -920,6 +922,14 @@ TEST_F(CompanionWithHost, ASignInCallbackReachesTheExtensionAsAnExchangeDispatch
     EXPECT_EQ(exchange->json["userInfo"],
               (Json{{"code", "4/P7q-xZ"},
                     {"codeChallenge", "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM"}}));
+    // The record the extension goes on with is in the shared suite, read through the host.
+    const auto record =
+        player.request({{"type", "suite.get"}, {"key", "message.oauthExchangeMessage"}});
+    ASSERT_TRUE(record);
+    EXPECT_EQ(
+        (*record)["data"],
+        base64(
+            R"([{"code":"4\/P7q-xZ","codeChallenge":"E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM"}])"));
     player.send(replyTo(exchange->json));
     test::spin(1s);
     EXPECT_TRUE(log.requests().empty()) << "the hand-off succeeded, so nothing was logged";
