@@ -16,6 +16,7 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusVariant>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -483,6 +484,71 @@ TEST_F(ExtensionHostProcess, ADispatchWithNoConnectionFailsSayingSo)
     EXPECT_NE(message.find("not connected"), std::string::npos) << message;
 }
 
+TEST_F(ExtensionHostProcess, AConnectionThatEndsDuringADispatchFailsTheCallAtOnce)
+{
+    BrowserPlayer& player = connectHost();
+    const auto answer = companion.dispatch(QStringLiteral("oauthExchange"), Json{{"code", "x"}});
+    ASSERT_TRUE(player.takeFrame(isDispatch));
+    QElapsedTimer sinceClosed;
+    sinceClosed.start();
+    player.closeInput();
+    ASSERT_TRUE(Companion::waitFor(answer));
+    EXPECT_LT(sinceClosed.elapsed(), 1000);
+    ASSERT_TRUE(answer->error);
+    const std::string message = answer->error->localizedDescription.toStdString();
+    EXPECT_NE(message.find("connection has ended"), std::string::npos) << message;
+    EXPECT_TRUE(player.waitForExit());
+}
+
+TEST_F(ExtensionHostProcess, AReplyAfterTheTimeOutIsAnsweredWithAnErrorAndTheConnectionGoesOn)
+{
+    BrowserPlayer& player = connectHost();
+    const auto answer = companion.dispatch(QStringLiteral("oauthExchange"), Json{{"code", "x"}});
+    const auto frame = player.takeFrame(isDispatch);
+    ASSERT_TRUE(frame);
+    ASSERT_TRUE(Companion::waitFor(answer));
+    ASSERT_TRUE(answer->error);
+    // The host's own wait began a moment after the broker's; let it run out too.
+    test::spin(300ms);
+
+    player.send(replyTo(frame->json));
+    const auto late = player.takeFrame([](const Json& json) { return json.value("id", 0) == 1; });
+    ASSERT_TRUE(late);
+    EXPECT_EQ(late->json.value("type", ""), "error");
+    EXPECT_FALSE(late->json.value("message", "").empty());
+    EXPECT_TRUE(player.running());
+    EXPECT_EQ(companion.state(), true);
+}
+
+TEST_F(ExtensionHostProcess, SixteenMessagesWaitForTheExtensionAndASeventeenthIsRefused)
+{
+    constexpr int waiting = 16;
+    BrowserPlayer& player = connectHost();
+    std::vector<std::shared_ptr<Companion::Answer>> answers;
+    for (int i = 0; i < waiting; ++i)
+        answers.push_back(
+            companion.dispatch(QStringLiteral("oauthExchange"), Json{{"code", std::to_string(i)}}));
+    std::vector<Json> frames;
+    for (int i = 0; i < waiting; ++i) {
+        const auto frame = player.takeFrame(isDispatch);
+        ASSERT_TRUE(frame) << "message " << i;
+        frames.push_back(frame->json);
+    }
+
+    const auto refused = companion.dispatch(QStringLiteral("oauthExchange"), Json{{"code", "x"}});
+    ASSERT_TRUE(Companion::waitFor(refused, 3s)) << "refused at once, not after a time-out";
+    ASSERT_TRUE(refused->error);
+    const std::string message = refused->error->localizedDescription.toStdString();
+    EXPECT_NE(message.find("Too many messages"), std::string::npos) << message;
+
+    for (const auto& frame : frames)
+        player.send(replyTo(frame));
+    for (const auto& answer : answers) {
+        ASSERT_TRUE(Companion::waitFor(answer));
+        EXPECT_FALSE(answer->error) << answer->error->localizedDescription.toStdString();
+    }
+}
+
 // The shared suite, as the companion and the extension share it.
 
 TEST_F(ExtensionHostProcess, AValueSetThroughTheHostIsTheSameBytesForTheCompanion)
@@ -758,6 +824,31 @@ TEST_F(ExtensionHostProcess, AHostKilledDuringADispatchFailsTheCallAndTheBrokerG
 }
 
 // Several browsers at once.
+
+// The browser the companion names in its texts, as the broker reports it.
+QString browserName()
+{
+    const auto reply = QDBusConnection::sessionBus().call(
+        QDBusMessage::createMethodCall(serviceName, objectPath,
+                                       QStringLiteral("org.freedesktop.DBus.Properties"),
+                                       QStringLiteral("Get"))
+        << QStringLiteral("com.lexmira.Extension1") << QStringLiteral("BrowserName"));
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+        return QStringLiteral("(no answer)");
+    return reply.arguments().front().value<QDBusVariant>().variant().toString();
+}
+
+TEST_F(ExtensionHostProcess, TheBrowserNameIsThatOfTheMostRecentConnection)
+{
+    EXPECT_EQ(browserName().toStdString(), "");
+    BrowserPlayer& firefox = startHost(BrowserPlayer::Form::firefox, firefoxId);
+    ASSERT_TRUE(firefox.hello());
+    EXPECT_EQ(browserName().toStdString(), "Firefox");
+    BrowserPlayer& chromium = connectHost();
+    EXPECT_EQ(browserName().toStdString(), "Chromium");
+    chromium.closeInput();
+    ASSERT_TRUE(test::waitUntil([] { return browserName() == QStringLiteral("Firefox"); }));
+}
 
 TEST_F(ExtensionHostProcess, TheMostRecentConnectionReceivesDispatches)
 {
