@@ -21,8 +21,8 @@ namespace test {
 // child process with the arguments that browser family passes, the test writes frames (a 32-bit
 // length in native byte order, then the JSON bytes) to its standard input and reads the frames
 // it writes back. The host's standard error goes to the test's. Lives on the thread that made it,
-// which must run its event loop while waiting (test::waitUntil, or the waits below); killed, if
-// still running, by the destructor.
+// which must run its event loop while waiting (test::waitUntil, or the waits below); the host is
+// ended, if still running, by the destructor (as test::ChildProcess ends its process).
 class BrowserPlayer {
 public:
     using Json = nlohmann::ordered_json;
@@ -66,8 +66,8 @@ public:
 
     // Sends {"type":"hello","version":1} and waits for the welcome; the welcome, or none.
     std::optional<Json> hello(std::chrono::milliseconds timeout = defaultTimeout);
-    // Sends request with the next id (set as "id" in front of its other fields) and waits for the
-    // frame that carries that id; that frame, or none.
+    // Sends request with the next id (as "id", right after its "type") and waits for the frame
+    // that carries that id; that frame, or none.
     std::optional<Json> request(Json request, std::chrono::milliseconds timeout = defaultTimeout);
     // The id the next request() gets.
     std::int64_t nextId() const { return nextId_; }
