@@ -378,6 +378,8 @@ void HostSession::dispatch(const QString& name, const QString& userInfo, BrokerL
     }
     auto* timer = new QTimer(this);
     timer->setSingleShot(true);
+    // A coarse timer may fire up to 5% early, and a reply within the 4 s must still count.
+    timer->setTimerType(Qt::PreciseTimer);
     connect(timer, &QTimer::timeout, this, [this, id] {
         answerDispatch(id, QStringLiteral("The extension did not answer within 4 seconds."));
     });

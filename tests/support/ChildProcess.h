@@ -20,6 +20,7 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     QProcess& process() { return process_; }
+    const QProcess& process() const { return process_; }
     bool running() const { return process_.state() == QProcess::Running; }
 
 private:

@@ -12,6 +12,9 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QPointer>
+#include <QTimer>
+
+#include <utility>
 
 BrokerObject::BrokerObject(BrokerBus::Handler& handler, QObject* parent)
     : QObject(parent)
@@ -66,6 +69,8 @@ QList<HostConnectionRecord> BrokerObject::Connections()
 namespace {
 
 const QString connectionPath = QStringLiteral("/com/lexmira/companion/ext/connection");
+// How much longer than the broker's time-out a call to a host may take on the bus.
+constexpr int callTimeoutMargin = 1000;
 
 class DBusBrokerBus final : public BrokerBus {
 public:
@@ -119,22 +124,47 @@ public:
                         std::chrono::milliseconds timeout, QObject* context,
                         Handler::Completion completion) override
     {
+        // The time-out is the broker's own timer: the bus also answers NoReply when the host
+        // leaves the bus without replying (it was killed, or its browser closed), and that is a
+        // connection that ended, not an extension that is slow. The call itself may run a little
+        // longer, so that its own time-out never comes first.
+        auto pending = std::make_shared<Handler::Completion>(std::move(completion));
+        auto complete = [pending](std::optional<ExtensionError> error) {
+            if (!*pending)
+                return;
+            const auto done = std::exchange(*pending, nullptr);
+            done(std::move(error));
+        };
+        auto* timer = new QTimer(context);
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+        QObject::connect(timer, &QTimer::timeout, context, [timer, complete] {
+            timer->deleteLater();
+            complete(ExtensionError{QStringLiteral("com.lexmira.Extension1.Error.NoReply"),
+                                    QStringLiteral("The host did not answer in time.")});
+        });
+        timer->start(timeout);
+
         ComLexmiraExtensionConnection1Interface host(connection, connectionPath, bus_);
-        host.setTimeout(int(timeout.count()));
+        host.setTimeout(int(timeout.count()) + callTimeoutMargin);
         auto* watcher = new QDBusPendingCallWatcher(host.Dispatch(name, userInfo), context);
         QObject::connect(
             watcher, &QDBusPendingCallWatcher::finished, context,
-            [completion = std::move(completion)](QDBusPendingCallWatcher* finished) {
+            [timer = QPointer<QTimer>(timer), complete](QDBusPendingCallWatcher* finished) {
                 finished->deleteLater();
+                if (timer) {
+                    timer->stop();
+                    timer->deleteLater();
+                }
                 const QDBusError error = finished->error();
-                // The time-out is told apart by name, whatever the bus calls it.
                 if (error.type() == QDBusError::NoReply)
-                    completion(ExtensionError{
-                        QStringLiteral("com.lexmira.Extension1.Error.NoReply"), error.message()});
+                    complete(ExtensionError{
+                        QStringLiteral("org.freedesktop.DBus.Error.NoReply"),
+                        QStringLiteral("the host left the session bus without answering")});
                 else if (finished->isError())
-                    completion(ExtensionError{error.name(), error.message()});
+                    complete(ExtensionError{error.name(), error.message()});
                 else
-                    completion(std::nullopt);
+                    complete(std::nullopt);
             });
     }
 

@@ -53,10 +53,17 @@ public:
         new ExtensionConnection1Adaptor(&object_);
         bus_.registerObject(connectionPath, &object_, QDBusConnection::ExportAdaptors);
         // A broker that went away (it crashed, or was replaced) forgets this connection: attach
-        // again to the next one, which the bus starts if need be.
+        // again to the next one, which the bus starts if need be. Where nothing can start it, the
+        // next broker is met when it claims the name.
         QObject::connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, &object_,
-                         [this](const QString&, const QString& oldOwner, const QString&) {
-                             if (attached_ && !brokerName_.isEmpty() && oldOwner == brokerName_)
+                         [this](const QString&, const QString& oldOwner, const QString& newOwner) {
+                             if (!attached_ || brokerName_.isEmpty())
+                                 return;
+                             const bool brokerLeft = oldOwner == brokerName_;
+                             const bool otherBrokerCame = !newOwner.isEmpty() &&
+                                                          newOwner != brokerName_ &&
+                                                          attachesInFlight_ == 0;
+                             if (brokerLeft || otherBrokerCame)
                                  sendAttach(nullptr, nullptr);
                          });
     }
@@ -86,6 +93,7 @@ public:
 private:
     void sendAttach(QObject* context, std::function<void(std::optional<QString> error)> completion)
     {
+        ++attachesInFlight_;
         auto* watcher = new QDBusPendingCallWatcher(
             broker_.Attach(peer_.browser, peer_.browserName, peer_.extensionId), &object_);
         QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &object_,
@@ -93,6 +101,7 @@ private:
                           hasContext = context != nullptr,
                           completion = std::move(completion)](QDBusPendingCallWatcher* finished) {
                              finished->deleteLater();
+                             --attachesInFlight_;
                              std::optional<QString> error;
                              if (finished->isError()) {
                                  error = finished->error().message();
@@ -113,6 +122,8 @@ private:
     Peer peer_;
     bool attached_ = false;
     QString brokerName_;
+    // Attach calls not answered yet; while one is, a broker that claims the name is met by it.
+    int attachesInFlight_ = 0;
 };
 
 } // namespace
