@@ -52,6 +52,11 @@ QString installHelp()
                           "Examples:\n"
                           "  lexmira-extension-host install --browser chromium \\\n"
                           "      --extension-id abcdefghijklmnopabcdefghijklmnop\n"
+                          "  lexmira-extension-host install --browser chromium \\\n"
+                          "      --extension-id abcdefghijklmnopabcdefghijklmnop \\\n"
+                          "      --user-data-dir \"$HOME/chromium-work\" \\\n"
+                          "      --browser-command \"chromium --user-data-dir=$HOME/chromium-work "
+                          "--new-window\"\n"
                           "  lexmira-extension-host install --browser firefox \\\n"
                           "      --extension-id extension@lexmira.com\n");
 }
@@ -79,17 +84,23 @@ QString uninstallHelp()
 QString statusHelp()
 {
     return QStringLiteral(
-        "Usage: lexmira-extension-host status\n"
-        "\n"
-        "Lists every registration made by install (browser, profile directory, extension id,\n"
-        "manifest and whether it is still there, the command that opens the browser), then\n"
-        "the browsers connected to the running host.\n"
-        "\n"
-        "Examples:\n"
-        "  lexmira-extension-host install --browser chromium \\\n"
-        "      --extension-id abcdefghijklmnopabcdefghijklmnop && lexmira-extension-host status\n"
-        "  lexmira-extension-host install --browser firefox \\\n"
-        "      --extension-id extension@lexmira.com && lexmira-extension-host status\n");
+               "Usage: lexmira-extension-host status\n"
+               "\n"
+               "Lists every registration made by install (browser, profile directory, extension\n"
+               "id, manifest and whether it is still there, the command that opens the browser),\n"
+               "then the browsers connected to the running host. The registrations are kept in\n"
+               "$XDG_CONFIG_HOME/lexmira-extension-host/installations.json (by default under\n"
+               "~/.config).\n"
+               "\n") +
+           kManifestPlaces +
+           QStringLiteral(
+               "\n"
+               "Examples:\n"
+               "  lexmira-extension-host install --browser chromium \\\n"
+               "      --extension-id abcdefghijklmnopabcdefghijklmnop && lexmira-extension-host "
+               "status\n"
+               "  lexmira-extension-host install --browser firefox \\\n"
+               "      --extension-id extension@lexmira.com && lexmira-extension-host status\n");
 }
 
 // The command as --browser-command takes it back: arguments with blanks in double quotes.
