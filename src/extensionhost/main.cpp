@@ -3,6 +3,8 @@
 #include "extensionhost/Broker.h"
 #include "extensionhost/HostProtocol.h"
 #include "extensionhost/HostSession.h"
+#include "extensionhost/InstallCommand.h"
+#include "extensionhost/InstalledBrowsers.h"
 #include "extensionhost/NativeHost.h"
 #include "platform/BrokerBus.h"
 #include "platform/BrokerLink.h"
@@ -11,6 +13,7 @@
 
 #include <QCoreApplication>
 #include <QStringList>
+#include <QTextStream>
 
 #include <csignal>
 #include <cstdio>
@@ -20,24 +23,6 @@
 namespace {
 
 const QString serviceName = QStringLiteral("com.lexmira.companion.ext");
-
-const char* const usage =
-    "Usage:\n"
-    "  lexmira-extension-host --broker [--idle-timeout MILLISECONDS]\n"
-    "  lexmira-extension-host chrome-extension://ID/        (started by a Chromium-family "
-    "browser)\n"
-    "  lexmira-extension-host MANIFEST EXTENSION-ID        (started by Firefox)\n"
-    "  lexmira-extension-host --help | --version\n";
-
-// No installations are known yet; every connection is named by its family.
-class NoBrowsers final : public BrowserRegistry {
-public:
-    std::optional<Browser> forConnection(Family, const QString&) const override
-    {
-        return std::nullopt;
-    }
-    std::optional<Browser> mostRecent() const override { return std::nullopt; }
-};
 
 int runBroker(const QStringList& arguments)
 {
@@ -52,7 +37,7 @@ int runBroker(const QStringList& arguments)
         }
         idleTimeout = std::chrono::milliseconds(value);
     }
-    NoBrowsers registry;
+    const InstalledBrowsers registry(Installations::fromEnvironment());
     Broker broker(registry, idleTimeout, HostProtocol::replyTimeout);
     QString error;
     const auto bus = BrokerBus::publish(serviceName, broker, error);
@@ -63,6 +48,17 @@ int runBroker(const QStringList& arguments)
     broker.setBus(bus.get());
     QObject::connect(&broker, &Broker::idle, qApp, &QCoreApplication::quit);
     return QCoreApplication::exec();
+}
+
+std::optional<std::vector<ConnectionSummary>> connectedBrowsers()
+{
+    const auto hosts = BrokerLink::connectedHosts(serviceName);
+    if (!hosts)
+        return std::nullopt;
+    std::vector<ConnectionSummary> summaries;
+    for (const auto& host : *hosts)
+        summaries.push_back({host.browserName, host.extensionId, host.attachedAtMs});
+    return summaries;
 }
 
 struct Origin {
@@ -130,20 +126,24 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationVersion(QStringLiteral(LEXMIRA_VERSION));
     const QStringList arguments = QCoreApplication::arguments().mid(1);
 
-    if (arguments.contains(QStringLiteral("--help"))) {
-        std::fputs(usage, stdout);
-        return 0;
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    if (arguments.value(0) == QStringLiteral("--help")) {
+        out << extensionHostUsage();
+        return kExitOk;
     }
-    if (arguments.contains(QStringLiteral("--version"))) {
-        std::printf("lexmira-extension-host %s\n", LEXMIRA_VERSION);
-        return 0;
+    if (arguments.value(0) == QStringLiteral("--version")) {
+        out << "lexmira-extension-host " << LEXMIRA_VERSION << "\n";
+        return kExitOk;
     }
     if (arguments.value(0) == QStringLiteral("--broker"))
         return runBroker(arguments);
-    if (const auto origin = originOf(arguments)) {
-        NoBrowsers registry;
-        return runHost(*origin, registry);
-    }
-    std::fputs(usage, stderr);
-    return 2;
+    if (isInstallCommand(arguments))
+        return runInstallCommand(arguments, Installations::fromEnvironment(),
+                                 QCoreApplication::applicationFilePath(), connectedBrowsers, out,
+                                 err);
+    if (const auto origin = originOf(arguments))
+        return runHost(*origin, InstalledBrowsers(Installations::fromEnvironment()));
+    err << extensionHostUsage();
+    return kExitUsage;
 }

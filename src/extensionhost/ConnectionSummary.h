@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QString>
+
+// One browser connection the broker has, as status lists it.
+struct ConnectionSummary {
+    QString browserName; // display name, e.g. "Chromium"; empty when the broker does not know it
+    QString extensionId;
+    qint64 connectedSinceMs = 0; // milliseconds since the epoch, UTC
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "extensionhost/BrowserRegistry.h"
+#include "extensionhost/Installations.h"
+
+// The browsers the host was installed for, as the broker and the host look them up. Reads the
+// records afresh on every call, so an installation made while the broker runs is seen.
+class InstalledBrowsers final : public BrowserRegistry {
+public:
+    explicit InstalledBrowsers(Installations installations);
+
+    std::optional<Browser> forConnection(Family family, const QString& extensionId) const override;
+    std::optional<Browser> mostRecent() const override;
+
+private:
+    Installations installations_;
+};
