@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusVariant>
 #include <QProcess>
 
 namespace {
@@ -37,6 +40,46 @@ TEST(DevExtension, ASecondPeerCannotTakeTheNameAndSaysSo)
     test::DevExtensionPeer peer;
     ASSERT_TRUE(peer.isServing());
     EXPECT_EQ(runPeer({}), 1);
+}
+
+QVariant browserName()
+{
+    const QDBusMessage reply =
+        callPeer(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+                 {QStringLiteral("com.lexmira.Extension1"), QStringLiteral("BrowserName")});
+    if (reply.type() != QDBusMessage::ReplyMessage)
+        return QVariant();
+    return reply.arguments().value(0).value<QDBusVariant>().variant();
+}
+
+TEST(DevExtension, ReportsNoBrowserNameUnlessTold)
+{
+    test::DevExtensionPeer peer;
+    ASSERT_TRUE(peer.isServing());
+    EXPECT_EQ(browserName(), QVariant(QString()));
+}
+
+TEST(DevExtension, ReportsTheBrowserNameItIsGivenAndChangesItOnRequest)
+{
+    test::DevExtensionPeer peer({QStringLiteral("--browser-name"), QStringLiteral("Firefox")});
+    ASSERT_TRUE(peer.isServing());
+    EXPECT_EQ(browserName(), QVariant(QStringLiteral("Firefox")));
+
+    ASSERT_TRUE(peer.control({QStringLiteral("browser-name"), QStringLiteral("Chromium")}));
+    EXPECT_EQ(browserName(), QVariant(QStringLiteral("Chromium")));
+    const QDBusMessage all =
+        callPeer(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("GetAll"),
+                 {QStringLiteral("com.lexmira.Extension1")});
+    ASSERT_EQ(all.type(), QDBusMessage::ReplyMessage);
+    const auto properties = qdbus_cast<QVariantMap>(all.arguments().value(0));
+    EXPECT_EQ(properties.value(QStringLiteral("BrowserName")),
+              QVariant(QStringLiteral("Chromium")));
+    EXPECT_EQ(callPeer(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"),
+                       {QStringLiteral("com.lexmira.Extension1"), QStringLiteral("BrowserName"),
+                        QVariant::fromValue(QDBusVariant(QStringLiteral("Safari")))})
+                  .type(),
+              QDBusMessage::ErrorMessage);
+    EXPECT_EQ(browserName(), QVariant(QStringLiteral("Chromium")));
 }
 
 TEST(DevExtension, IsSteeredFromTheCommandLine)

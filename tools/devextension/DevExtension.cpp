@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QDBusMessage>
+#include <QDBusVariant>
 #include <QTimer>
 
 #include <cstdio>
@@ -26,6 +27,7 @@ const QString introspectionXml = QStringLiteral(R"(  <interface name="com.lexmir
       <arg name="userInfo" type="s" direction="in"/>
     </method>
     <method name="ShowPreferences"/>
+    <property name="BrowserName" type="s" access="read"/>
   </interface>
   <interface name="com.lexmira.DevExtension1">
     <method name="SetEnabled"><arg name="enabled" type="b" direction="in"/></method>
@@ -38,6 +40,7 @@ const QString introspectionXml = QStringLiteral(R"(  <interface name="com.lexmir
     <method name="SetSignInOnExchange"><arg name="signIn" type="b" direction="in"/></method>
     <method name="SetReplyDelay"><arg name="milliseconds" type="u" direction="in"/></method>
     <method name="SetWrongStateType"><arg name="wrongType" type="b" direction="in"/></method>
+    <method name="SetBrowserName"><arg name="name" type="s" direction="in"/></method>
     <method name="Quit"/>
   </interface>
 )");
@@ -75,6 +78,13 @@ bool DevExtension::handleMessage(const QDBusMessage& message, const QDBusConnect
         return false;
     // A call that names no interface is matched by its method name alone.
     const QString interface = message.interface();
+    if (interface == QLatin1String("org.freedesktop.DBus.Properties")) {
+        const QDBusMessage reply = answerPropertiesCall(message);
+        if (reply.type() == QDBusMessage::InvalidMessage)
+            return false;
+        send(reply, behaviour_.replyDelay);
+        return true;
+    }
     QDBusMessage reply;
     if (interface == ExtensionBus::interfaceName || interface.isEmpty())
         reply = answerExtensionCall(message);
@@ -117,6 +127,29 @@ QDBusMessage DevExtension::answerExtensionCall(const QDBusMessage& call)
                                [this] { behaviour_.enabled = true; });
         return call.createReply();
     }
+    return {};
+}
+
+// The extension's one property, BrowserName; every other property call is the bus library's.
+QDBusMessage DevExtension::answerPropertiesCall(const QDBusMessage& call)
+{
+    const QVariantList arguments = call.arguments();
+    const QString interface = arguments.value(0).toString();
+    if (interface != ExtensionBus::interfaceName)
+        return {};
+    if (call.member() == QLatin1String("Get") && call.signature() == QLatin1String("ss")) {
+        if (arguments.value(1).toString() != QLatin1String("BrowserName"))
+            return call.createErrorReply(QDBusError::InvalidArgs,
+                                         QStringLiteral("No property ") +
+                                             arguments.value(1).toString());
+        return call.createReply(QVariant::fromValue(QDBusVariant(behaviour_.browserName)));
+    }
+    if (call.member() == QLatin1String("GetAll") && call.signature() == QLatin1String("s"))
+        return call.createReply(
+            QVariantMap{{QStringLiteral("BrowserName"), behaviour_.browserName}});
+    if (call.member() == QLatin1String("Set"))
+        return call.createErrorReply(QDBusError::PropertyReadOnly,
+                                     QStringLiteral("BrowserName is read-only"));
     return {};
 }
 
@@ -182,6 +215,8 @@ QDBusMessage DevExtension::answerControlCall(const QDBusMessage& call)
         behaviour_.replyDelay = std::chrono::milliseconds(argument.toUInt());
     else if (member == QLatin1String("SetWrongStateType") && signature == QLatin1String("b"))
         behaviour_.wrongStateType = argument.toBool();
+    else if (member == QLatin1String("SetBrowserName") && signature == QLatin1String("s"))
+        behaviour_.browserName = argument.toString();
     else if (member == QLatin1String("Quit") && signature.isEmpty())
         QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
     else

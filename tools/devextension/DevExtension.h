@@ -41,6 +41,9 @@ public:
         std::chrono::milliseconds replyDelay{0};
         // GetState answers a string instead of a Boolean.
         bool wrongStateType = false;
+        // The browser the extension runs in, as the property BrowserName reports it; empty is
+        // "not known", as with the extension in Safari.
+        QString browserName;
     };
 
     // sharedData must outlive the object. recordPath empty records nothing.
@@ -53,6 +56,7 @@ public:
 private:
     QDBusMessage answerExtensionCall(const QDBusMessage& call);
     QDBusMessage answerControlCall(const QDBusMessage& call);
+    QDBusMessage answerPropertiesCall(const QDBusMessage& call);
     QDBusMessage dispatchMessage(const QDBusMessage& call, const QString& name,
                                  const QString& userInfo);
     void signIn(const QString& userInfo);

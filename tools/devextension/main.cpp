@@ -55,6 +55,7 @@ const std::map<QString, ControlCommand>& controlCommands()
         {QStringLiteral("reply-delay"), {QStringLiteral("SetReplyDelay"), A::unsignedInteger, {}}},
         {QStringLiteral("wrong-state-type"), {QStringLiteral("SetWrongStateType"), A::none, true}},
         {QStringLiteral("right-state-type"), {QStringLiteral("SetWrongStateType"), A::none, false}},
+        {QStringLiteral("browser-name"), {QStringLiteral("SetBrowserName"), A::string, {}}},
         {QStringLiteral("quit"), {QStringLiteral("Quit"), A::none, {}}},
     };
     return commands;
@@ -66,7 +67,7 @@ Controlling a running peer:
   COMMAND is one of: enable, disable, fail-next-dispatch MESSAGE, fail-every-dispatch MESSAGE,
   fail-state MESSAGE, fail-preferences MESSAGE, clear-failures, enable-after-preferences MS
   (negative: never), sign-in-on-exchange, no-sign-in-on-exchange, reply-delay MS,
-  wrong-state-type, right-state-type, quit.
+  wrong-state-type, right-state-type, browser-name NAME ("" for none), quit.
   The same methods are on the bus as interface com.lexmira.DevExtension1 at the peer's path.
 
 Each call of com.lexmira.Extension1 is appended to the --record file as one JSON line:
@@ -193,9 +194,14 @@ int main(int argc, char** argv)
         QStringLiteral("MS"));
     const QCommandLineOption wrongStateTypeOption(QStringLiteral("wrong-state-type"),
                                                   QStringLiteral("Answer GetState with a string."));
+    const QCommandLineOption browserNameOption(
+        QStringLiteral("browser-name"),
+        QStringLiteral("Report NAME as the property BrowserName (default: empty, none known)."),
+        QStringLiteral("NAME"));
     parser.addOptions({nameOption, disabledOption, recordOption, failNextOption, failEveryOption,
                        failStateOption, failPreferencesOption, enableAfterOption, signInOption,
-                       userIdOption, containerIdOption, replyDelayOption, wrongStateTypeOption});
+                       userIdOption, containerIdOption, replyDelayOption, wrongStateTypeOption,
+                       browserNameOption});
     parser.process(application);
 
     DevExtension::Behaviour behaviour;
@@ -226,6 +232,7 @@ int main(int argc, char** argv)
     behaviour.signedInUser.userId = parser.value(userIdOption).toStdString();
     behaviour.signedInUser.containerId = parser.value(containerIdOption).toStdString();
     behaviour.wrongStateType = parser.isSet(wrongStateTypeOption);
+    behaviour.browserName = parser.value(browserNameOption);
 
     auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
