@@ -266,7 +266,7 @@ export class LexmiraNativeError extends Error {
  * @property {number} [requestTimeoutMs] time-out of one request, waiting for the connection
  *   included (default 10000)
  * @property {number} [reconnectInitialDelayMs] first wait before reconnecting (default 500)
- * @property {number} [reconnectMaxDelayMs] longest wait between attempts (default 30000)
+ * @property {number} [reconnectMaxDelayMs] longest wait between attempts (default 10000)
  * @property {object} [api] the extension API to use (default: browser.* or chrome.*)
  * @property {(...args: *) => void} [log] diagnostics (default: nothing)
  */
@@ -300,7 +300,7 @@ export class LexmiraNative {
     this.hostName = options.hostName ?? HOST_NAME;
     this.requestTimeoutMs = options.requestTimeoutMs ?? 10000;
     this.reconnectInitialDelayMs = options.reconnectInitialDelayMs ?? 500;
-    this.reconnectMaxDelayMs = options.reconnectMaxDelayMs ?? 30000;
+    this.reconnectMaxDelayMs = options.reconnectMaxDelayMs ?? 10000;
     this.api = options.api ?? extensionApi();
     this.log = options.log ?? (() => {});
 
