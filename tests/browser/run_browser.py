@@ -28,6 +28,7 @@ DBUS_SESSION_BUS_ADDRESS=disabled:, so start a bus first when the host needs one
 
 import base64
 import hashlib
+import io
 import json
 import os
 import shutil
@@ -104,12 +105,28 @@ def write_host_manifest(browser, profile, manifest, host):
 
 
 def zip_extension(ext_dir, target):
-    with zipfile.ZipFile(target, "w", zipfile.ZIP_DEFLATED) as z:
+    """Zips the extension to target with fixed timestamps, and leaves target alone when it
+    already holds those bytes: Firefox reinstalls an add-on whose file changed, which restarts
+    its background (and its native connection) right after the browser's start."""
+    buffer = io.BytesIO()
+    with zipfile.ZipFile(buffer, "w", zipfile.ZIP_DEFLATED) as z:
         for root, dirs, files in os.walk(ext_dir):
             dirs.sort()
             for name in sorted(files):
                 path = os.path.join(root, name)
-                z.write(path, os.path.relpath(path, ext_dir))
+                entry = zipfile.ZipInfo(os.path.relpath(path, ext_dir), date_time=(2020, 1, 1, 0, 0, 0))
+                entry.compress_type = zipfile.ZIP_DEFLATED
+                with open(path, "rb") as f:
+                    z.writestr(entry, f.read())
+    data = buffer.getvalue()
+    try:
+        with open(target, "rb") as f:
+            if f.read() == data:
+                return
+    except FileNotFoundError:
+        pass
+    with open(target, "wb") as f:
+        f.write(data)
 
 
 def chromium_command(command, ext_dir, profile, extra):
