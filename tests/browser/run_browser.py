@@ -21,6 +21,11 @@ loaded, in front of the native messaging host.
     run_browser.py profile-dir SCRATCH_DIR
         Prints the profile directory that start uses.
 
+    run_browser.py configure EXT_DIR TARGET_DIR [--demonstration on|off] [--login-page URL]
+                             [--user-id ID] [--container-id ID] [--test-user] [--anonymous]
+        Copies the reference extension to TARGET_DIR (replacing it) and writes its config.js
+        with these settings; unnamed ones keep the defaults of the reference extension.
+
 The environment is passed on unchanged: the native host inherits the browser's environment
 (DBUS_SESSION_BUS_ADDRESS included). Without a session bus Chromium gives the host
 DBUS_SESSION_BUS_ADDRESS=disabled:, so start a bus first when the host needs one.
@@ -171,9 +176,49 @@ def start(browser, ext_dir, scratch, host, command, extra):
     print(process.pid, flush=True)
 
 
+CONFIG_DEFAULTS = {
+    "demonstrationMode": True,
+    "signedInUser": {"userId": "reference-user", "isTestUser": False, "isAnonymous": False,
+                     "containerId": "reference-container"},
+    "loginPageUrl": "https://www.lexmira.example/login",
+    "verbose": True,
+}
+
+
+def configure(ext_dir, target, options):
+    """Copies the extension and writes its config.js from the options given."""
+    config = json.loads(json.dumps(CONFIG_DEFAULTS))
+    user = config["signedInUser"]
+    while options:
+        option = options.pop(0)
+        if option == "--demonstration" and options:
+            config["demonstrationMode"] = options.pop(0) == "on"
+        elif option == "--login-page" and options:
+            config["loginPageUrl"] = options.pop(0)
+        elif option == "--user-id" and options:
+            user["userId"] = options.pop(0)
+        elif option == "--container-id" and options:
+            user["containerId"] = options.pop(0)
+        elif option == "--test-user":
+            user["isTestUser"] = True
+        elif option == "--anonymous":
+            user["isAnonymous"] = True
+        else:
+            raise SystemExit("unknown option %s" % option)
+    if os.path.exists(target):
+        shutil.rmtree(target)
+    shutil.copytree(ext_dir, target)
+    with open(os.path.join(target, "config.js"), "w", encoding="utf-8") as f:
+        f.write("// Written by run_browser.py configure.\nexport default %s;\n"
+                % json.dumps(config, indent=2))
+
+
 def main(argv):
     if len(argv) >= 3 and argv[0] == "extension-id" and argv[1] in ("chromium", "firefox"):
         print(extension_id(argv[1], read_manifest(argv[2])))
+        return 0
+    if len(argv) >= 3 and argv[0] == "configure":
+        configure(argv[1], argv[2], list(argv[3:]))
         return 0
     if len(argv) == 2 and argv[0] == "profile-dir":
         print(profile_dir(argv[1]))
