@@ -470,7 +470,14 @@ export class LexmiraNative {
         // already gone
       }
     }
-    this._failPending(new LexmiraNativeError("Connection stopped", "stopped"));
+    const stopped = new LexmiraNativeError("Connection stopped", "stopped");
+    this._failPending(stopped);
+    const waiters = this._readyWaiters;
+    this._readyWaiters = [];
+    for (const waiter of waiters) {
+      clearTimeout(waiter.timer);
+      waiter.reject(stopped);
+    }
   }
 
   /**
