@@ -135,8 +135,9 @@ export function encodeSharedValue(value) {
 
 /**
  * The value shared-suite bytes hold: the single element of a one-element JSON array.
- * Missing bytes, bytes that are not UTF-8 JSON, anything but an array of exactly one element,
- * `[null]`, and an element that `accept` refuses all read as null (none).
+ * Missing bytes, bytes that are not UTF-8 JSON (or escape a lone surrogate), anything but an
+ * array of exactly one element, `[null]`, and an element that `accept` refuses all read as
+ * null (none).
  * @param {Uint8Array|null|undefined} bytes
  * @param {(element: *) => boolean} [accept] type check of the element
  * @returns {*} the element, or null
@@ -145,7 +146,12 @@ export function decodeSharedValue(bytes, accept = () => true) {
   if (bytes == null) return null;
   let array;
   try {
-    array = JSON.parse(utf8Decode(bytes));
+    // An escaped lone surrogate ("\ud800") is not text; the companion's reader refuses it too.
+    array = JSON.parse(utf8Decode(bytes), (key, v) => {
+      if (typeof v === "string" && typeof v.isWellFormed === "function" && !v.isWellFormed())
+        throw new SyntaxError("lone surrogate");
+      return v;
+    });
   } catch {
     return null;
   }
