@@ -216,6 +216,25 @@ std::optional<std::string> HostSession::stringField(const Json& request, const c
     return text;
 }
 
+bool HostSession::dataField(const Json& request, Id id, const std::string& missing,
+                            std::optional<QByteArray>& bytes)
+{
+    const auto data = request.find("data");
+    if (data == request.end() || !(data->is_null() || data->is_string())) {
+        sendError(id, missing);
+        return false;
+    }
+    bytes.reset();
+    if (data->is_string()) {
+        bytes = decodeBase64(data->get_ref<const std::string&>());
+        if (!bytes) {
+            sendError(id, "\"data\" is not base64.");
+            return false;
+        }
+    }
+    return true;
+}
+
 void HostSession::suiteGet(const Json& request, Id id)
 {
     const auto key = stringField(request, "key", HostProtocol::maxKeyBytes);
@@ -243,19 +262,10 @@ void HostSession::suiteSet(const Json& request, Id id)
         sendError(id, "A suite request needs \"key\": a text of 1 to 80 bytes.");
         return;
     }
-    const auto data = request.find("data");
-    if (data == request.end() || !(data->is_null() || data->is_string())) {
-        sendError(id, "suite.set needs \"data\": base64 text, or null to remove the key.");
-        return;
-    }
     std::optional<QByteArray> bytes;
-    if (data->is_string()) {
-        bytes = decodeBase64(data->get_ref<const std::string&>());
-        if (!bytes) {
-            sendError(id, "\"data\" is not base64.");
-            return;
-        }
-    }
+    if (!dataField(request, id, "suite.set needs \"data\": base64 text, or null to remove the key.",
+                   bytes))
+        return;
     if (!services_.suite) {
         sendError(id, "The shared suite cannot be opened.");
         return;
@@ -326,19 +336,11 @@ void HostSession::keychainRequest(const std::string& type, const Json& request, 
                                 persistentRef != request.end() && persistentRef->get<bool>(), this,
                                 std::move(answer));
     } else if (type == "keychain.set") {
-        const auto data = request.find("data");
-        if (data == request.end() || !(data->is_null() || data->is_string())) {
-            sendError(id, "keychain.set needs \"data\": base64 text, or null to delete the item.");
-            return;
-        }
         std::optional<QByteArray> bytes;
-        if (data->is_string()) {
-            bytes = decodeBase64(data->get_ref<const std::string&>());
-            if (!bytes) {
-                sendError(id, "\"data\" is not base64.");
-                return;
-            }
-        }
+        if (!dataField(request, id,
+                       "keychain.set needs \"data\": base64 text, or null to delete the item.",
+                       bytes))
+            return;
         ++keychainRequests_;
         services_.keychain->set(*account, bytes, this, std::move(answer));
     } else {

@@ -74,6 +74,10 @@ private:
     void send(const Json& frame);
     void sendError(std::optional<Id> id, const std::string& message);
 
+    // Reads the request's "data": base64 bytes, or null for none. Answers the error (missing when
+    // it is absent or of another type) and returns false when it is neither.
+    bool dataField(const Json& request, Id id, const std::string& missing,
+                   std::optional<QByteArray>& bytes);
     // A string field of the request within maxBytes, or none.
     static std::optional<std::string> stringField(const Json& request, const char* name,
                                                   std::size_t maxBytes);
