@@ -1,6 +1,7 @@
 #include "EnableExtensionView/EnableExtensionNotification.h"
 
 #include "EnableExtensionView/ExtensionPreferences.h"
+#include "bridge/BrowserName.h"
 #include "platform/ExtensionBridge.h"
 #include "platform/UserNotifications.h"
 #include "util/FutureFunc.h"
@@ -39,7 +40,21 @@ void EnableExtensionNotification::check()
                 // Only a state that came back and says disabled earns a reminder.
                 if (!self || error || !enabled || *enabled)
                     return;
-                self->notifications_.deliver({reminderTitle, reminderText, reminderAction, true});
+                self->remind();
             });
         });
+}
+
+void EnableExtensionNotification::remind()
+{
+    // The text names the browser the extension runs in, as its side reports it now.
+    bridge_.getBrowserName(extensionIdentifier_, [self = QPointer(this)](QString browserName) {
+        FutureFunc::onMain([self, browserName = std::move(browserName)] {
+            if (!self)
+                return;
+            self->notifications_.deliver({reminderTitle,
+                                          BrowserName::in(reminderText, browserName),
+                                          reminderAction, true});
+        });
+    });
 }

@@ -26,6 +26,7 @@ public:
 
 private:
     void check();
+    void remind();
 
     ExtensionBridge& bridge_;
     QString extensionIdentifier_;

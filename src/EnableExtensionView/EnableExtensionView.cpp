@@ -2,6 +2,7 @@
 
 #include "EnableExtensionView/ExtensionPreferences.h"
 #include "EnableExtensionView/TextView.h"
+#include "bridge/BrowserName.h"
 #include "bridge/CompanionMessage.h"
 #include "bridge/OAuth.h"
 #include "platform/AlertPresenter.h"
@@ -20,7 +21,7 @@ namespace {
 
 // The panels' texts, exactly as the product writes them.
 const QString enabledTitle = QStringLiteral("You\u2019re all set! ");
-const QString enabledBody = QStringLiteral(
+const QString enabledBodyText = QStringLiteral(
     "If you don\u2019t see Lexmira in your \nSafari toolbar, try restarting Safari.");
 const QString openSafariTitle = QStringLiteral("Ok, got it");
 const QString stepNumbers = QStringLiteral("1\n2");
@@ -39,6 +40,15 @@ constexpr int openSafariButtonWidth = 96;
 constexpr int openSettingsButtonWidth = 244;
 // The animation is drawn on a 464-wide reference and shown at half size.
 constexpr qreal animationScale = 232.0 / 464.0;
+
+// The enable animation shows the extensions page of the browser in use: Firefox's for Firefox,
+// the Chromium family's for every other browser and when none is named.
+QString animationVariant(const QString& browserName)
+{
+    return browserName.contains(QLatin1String("Firefox"), Qt::CaseInsensitive)
+               ? QStringLiteral("Firefox")
+               : QStringLiteral("Chromium");
+}
 
 // The desktop's font, or Inter where it is installed: its light and bold cuts are what the
 // panels were drawn for.
@@ -62,6 +72,7 @@ EnableExtensionView::EnableExtensionView(Dependencies dependencies, QWidget* par
     connect(&deps_.appearance, &Appearance::changed, this,
             &EnableExtensionView::interfaceModeChanged);
     buildContent();
+    refreshBrowserName();
 }
 
 EnableExtensionView::~EnableExtensionView() = default;
@@ -101,7 +112,6 @@ void EnableExtensionView::buildExtensionEnabledPanel(QWidget* panel)
 {
     const qreal ratio = devicePixelRatioF();
     const QFont title = systemFont(24, QFont::Bold);
-    const QFont body = systemFont(16, QFont::Light);
 
     auto* mark = new QLabel(panel);
     mark->setPixmap(deps_.artwork.image(QStringLiteral("LexmiraMark"), {56, 56}, ratio));
@@ -117,12 +127,11 @@ void EnableExtensionView::buildExtensionEnabledPanel(QWidget* panel)
     done->setAccessibleName(QStringLiteral("Done"));
     done->setGeometry(heading->geometry().right() + 1, mark->geometry().bottom() + 1 + 32, 32, 32);
 
-    auto* text = new TextView(enabledBody, body, colorScheme_->text, 3.0, Qt::AlignLeft, panel);
-    text->move(heading->x(), heading->geometry().bottom() + 1 + 22);
+    showEnabledBody(panel, {heading->x(), heading->geometry().bottom() + 1 + 22});
 
     openSafariButton_ =
         new FlatButton(openSafariTitle, openSafariButtonWidth, colorScheme_->button, panel);
-    openSafariButton_->move(heading->x(), text->geometry().bottom() + 1 + 34);
+    openSafariButton_->move(heading->x(), enabledBody_->geometry().bottom() + 1 + 34);
     connect(openSafariButton_, &QPushButton::clicked, this, &EnableExtensionView::openSafari);
 }
 
@@ -160,23 +169,71 @@ void EnableExtensionView::buildEnableExtensionPanel(QWidget* panel)
     connect(openSafariExtensionPreferencesButton_, &QPushButton::clicked, this,
             &EnableExtensionView::openSafariExtensionPreferences);
 
-    const QString animation =
-        deps_.artwork.animationPath(colorScheme_->enableLexmiraAnimationImage);
-    const QSize natural = QImageReader(animation).size();
-    if (animation.isEmpty() || !natural.isValid())
+    showAnimation(panel);
+}
+
+void EnableExtensionView::showEnabledBody(QWidget* panel, QPoint topLeft)
+{
+    // Only this build's text is replaced; earlier builds beneath keep theirs.
+    if (enabledBody_ && enabledBody_->parentWidget() == panel)
+        delete enabledBody_;
+    enabledBody_ = new TextView(BrowserName::in(enabledBodyText, browserName_),
+                                systemFont(16, QFont::Light), colorScheme_->text, 3.0,
+                                Qt::AlignLeft, panel);
+    enabledBody_->move(topLeft);
+    enabledBody_->show();
+}
+
+void EnableExtensionView::showAnimation(QWidget* panel)
+{
+    if (animation_ && animation_->parentWidget() == panel)
+        delete animation_;
+    animation_ = nullptr;
+    const QString path = deps_.artwork.animationPath(colorScheme_->enableLexmiraAnimationImage +
+                                                     animationVariant(browserName_));
+    const QSize natural = QImageReader(path).size();
+    if (path.isEmpty() || !natural.isValid())
         return;
-    auto* movie = new QMovie(animation, QByteArray(), panel);
-    if (!movie->isValid())
-        return;
-    const QSize shown = (QSizeF(natural) * animationScale).toSize();
-    movie->setScaledSize(shown * ratio);
     auto* player = new QLabel(panel);
+    auto* movie = new QMovie(path, QByteArray(), player);
+    if (!movie->isValid()) {
+        delete player;
+        return;
+    }
+    const QSize shown = (QSizeF(natural) * animationScale).toSize();
+    movie->setScaledSize(shown * devicePixelRatioF());
     player->setAccessibleName(QStringLiteral("How to enable Lexmira"));
     player->setScaledContents(true);
     player->setMovie(movie);
     player->setGeometry(panel->width() - shown.width(), panel->height() - shown.height(),
                         shown.width(), shown.height());
+    player->show();
     movie->start();
+    animation_ = player;
+}
+
+void EnableExtensionView::refreshBrowserName()
+{
+    deps_.bridge.getBrowserName(deps_.extensionIdentifier,
+                                [view = QPointer(this)](QString name) {
+                                    FutureFunc::onMain([view, name = std::move(name)] {
+                                        if (view)
+                                            view->setBrowserName(name);
+                                    });
+                                });
+}
+
+void EnableExtensionView::setBrowserName(const QString& name)
+{
+    const QString usable = BrowserName::isUsable(name) ? name : QString();
+    if (usable == browserName_)
+        return;
+    const QString oldVariant = animationVariant(browserName_);
+    browserName_ = usable;
+    if (enabledBody_)
+        showEnabledBody(extensionEnabledPanel_, enabledBody_->pos());
+    if (animationVariant(browserName_) != oldVariant && enableExtensionPanel_)
+        showAnimation(enableExtensionPanel_);
 }
 
 void EnableExtensionView::pollState(std::shared_ptr<bool> logOnce)
@@ -215,6 +272,8 @@ void EnableExtensionView::showEnabled()
         extensionEnabledPanel_->hide();
         enableExtensionPanel_->hide();
         extensionEnabledPanel_->show();
+        // A browser came or went: the one the texts name may be another now.
+        refreshBrowserName();
     }
     openLoginTabIfNeeded();
 }
@@ -225,6 +284,7 @@ void EnableExtensionView::showDisabled()
         extensionEnabledPanel_->hide();
         enableExtensionPanel_->hide();
         enableExtensionPanel_->show();
+        refreshBrowserName();
     }
 }
 
@@ -251,7 +311,7 @@ void EnableExtensionView::openSafari()
                 view->deps_.terminate();
                 return;
             }
-            view->deps_.alerts.runModal({openSafariFailure,
+            view->deps_.alerts.runModal({BrowserName::in(openSafariFailure, view->browserName_),
                                          error->localizedDescription,
                                          Alert::Style::critical,
                                          {QStringLiteral("OK")}});

@@ -3,8 +3,10 @@
 #include "EnableExtensionView/Artwork.h"
 #include "EnableExtensionView/ColorScheme.h"
 #include "EnableExtensionView/FlatButton.h"
+#include "EnableExtensionView/TextView.h"
 #include "logging/Skrivo.h"
 
+#include <QLabel>
 #include <QPointer>
 #include <QWidget>
 
@@ -58,6 +60,13 @@ public:
         return openSafariExtensionPreferencesButton_;
     }
     const std::optional<ColorScheme>& colorScheme() const { return colorScheme_; }
+    // The browser the texts name, as the extension's side last reported it; empty when it named
+    // none (the texts then name the browser as written).
+    const QString& browserName() const { return browserName_; }
+    // The enabled panel's body text and the enable animation of the latest build; both follow
+    // the browser's name.
+    TextView* enabledBody() const { return enabledBody_; }
+    QLabel* animation() const { return animation_; }
 
     // Rebuilds the panels in the colours of the current appearance, over the old ones, and
     // starts one more state-polling loop.
@@ -78,6 +87,11 @@ private:
     void showEnabled();
     void showDisabled();
     void openLoginTabIfNeeded();
+    void showEnabledBody(QWidget* panel, QPoint topLeft);
+    void showAnimation(QWidget* panel);
+    // Asks the extension's side which browser it runs in; the texts follow the answer.
+    void refreshBrowserName();
+    void setBrowserName(const QString& name);
     static void setSettingsButtonBusy(FlatButton& button, const ColorScheme& scheme, bool busy);
 
     Dependencies deps_;
@@ -85,5 +99,8 @@ private:
     QPointer<FlatButton> openSafariButton_;
     QPointer<QWidget> enableExtensionPanel_;
     QPointer<FlatButton> openSafariExtensionPreferencesButton_;
+    QPointer<TextView> enabledBody_;
+    QPointer<QLabel> animation_;
     std::optional<ColorScheme> colorScheme_;
+    QString browserName_;
 };

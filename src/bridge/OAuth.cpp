@@ -1,10 +1,12 @@
 #include "bridge/OAuth.h"
 
+#include "bridge/BrowserName.h"
 #include "bridge/CompanionMessage.h"
 #include "bridge/OAuthUtils.h"
 #include "platform/AlertPresenter.h"
 #include "platform/ExtensionBridge.h"
 #include "shared/SharedData.h"
+#include "util/FutureFunc.h"
 
 #include <utility>
 
@@ -44,8 +46,19 @@ void OAuth::handleGetURL(const std::optional<QString>& url)
         [self = std::weak_ptr<OAuth*>(self_)](std::optional<ExtensionError> error) {
             if (!error)
                 return;
-            if (const auto alive = self.lock())
-                (*alive)->showFailureAlert();
+            const auto alive = self.lock();
+            if (!alive)
+                return;
+            OAuth& oauth = **alive;
+            // The alert names the browser the extension runs in, as its side reports it now.
+            oauth.bridge_.getBrowserName(
+                QString::fromStdString(oauth.extensionBundleIdentifier),
+                [self](QString browserName) {
+                    FutureFunc::onMain([self, browserName = std::move(browserName)] {
+                        if (const auto alive = self.lock())
+                            (*alive)->showFailureAlert(browserName);
+                    });
+                });
         });
 }
 
@@ -60,10 +73,11 @@ void OAuth::oauthOpenLoginTab(std::function<void(bool delivered)> completion)
                          });
 }
 
-void OAuth::showFailureAlert()
+void OAuth::showFailureAlert(const QString& browserName)
 {
     alerts_.runModal(Alert{QStringLiteral("Lexmira encountered a problem"),
-                           QStringLiteral("Please open Safari to continue using Lexmira."),
+                           BrowserName::in(QStringLiteral("Please open Safari to continue using Lexmira."),
+                                           browserName),
                            Alert::Style::critical,
                            {QStringLiteral("OK")}});
 }

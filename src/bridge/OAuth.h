@@ -40,8 +40,9 @@ public:
     // the message was delivered. No alert and no log: the caller decides.
     void oauthOpenLoginTab(std::function<void(bool delivered)> completion);
 
-    // "Lexmira encountered a problem": the user is asked to open the browser. Modal.
-    void showFailureAlert();
+    // "Lexmira encountered a problem": the user is asked to open the browser, named browserName
+    // when that is known. Modal.
+    void showFailureAlert(const QString& browserName = {});
 
 private:
     ExtensionBridge& bridge_;

@@ -29,6 +29,8 @@ public:
     // set).
     using StateCompletion =
         std::function<void(std::optional<bool> enabled, std::optional<ExtensionError> error)>;
+    // name is empty when the extension's side reports none, fails, or takes too long.
+    using BrowserNameCompletion = std::function<void(QString name)>;
 
     virtual ~ExtensionBridge() = default;
 
@@ -38,8 +40,14 @@ public:
                                  Completion completion) = 0;
     virtual void getState(const QString& extensionIdentifier, StateCompletion completion) = 0;
     virtual void showPreferences(const QString& extensionIdentifier, Completion completion) = 0;
+    // The display name of the browser the extension runs in ("Chromium", "Firefox", ...). Asked
+    // before a text that names the browser is shown, so it answers within browserNameTimeout
+    // at the latest, whatever the bridge's own time-out.
+    virtual void getBrowserName(const QString& extensionIdentifier,
+                                BrowserNameCompletion completion) = 0;
 
     static constexpr std::chrono::milliseconds defaultTimeout{5'000};
+    static constexpr std::chrono::milliseconds browserNameTimeout{1'000};
 
     // The extension's native side on the session bus.
     static std::unique_ptr<ExtensionBridge>

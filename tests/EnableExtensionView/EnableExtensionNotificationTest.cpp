@@ -51,6 +51,29 @@ TEST_F(Reminder, DisabledExtensionAtTheMarkGetsOneReminder)
               std::vector<QString>{QStringLiteral("com.lexmira.companion.ext")});
 }
 
+TEST_F(Reminder, TheReminderNamesTheBrowserTheExtensionRunsIn)
+{
+    bridge.enabled = false;
+    bridge.browserName = QStringLiteral("Firefox");
+    const auto reminder = start(10ms);
+    ASSERT_TRUE(test::waitUntil([&] { return notifications.delivered.size() == 1; }));
+    const auto& shown = notifications.delivered.front();
+    EXPECT_EQ(shown.title, QStringLiteral("Lexmira is disabled"));
+    EXPECT_EQ(shown.informativeText, QStringLiteral("Click Open to enable it in Firefox settings"));
+    EXPECT_EQ(shown.actionButtonTitle, QStringLiteral("Open"));
+    EXPECT_EQ(bridge.browserNameQueries,
+              std::vector<QString>{QStringLiteral("com.lexmira.companion.ext")});
+}
+
+TEST_F(Reminder, AnEnabledExtensionIsNotAskedForItsBrowser)
+{
+    const auto reminder = start(10ms);
+    ASSERT_TRUE(test::waitUntil([&] { return bridge.stateQueries.size() == 1; }));
+    test::spin(100ms);
+    EXPECT_TRUE(bridge.browserNameQueries.empty());
+    EXPECT_TRUE(notifications.delivered.empty());
+}
+
 TEST_F(Reminder, ChecksOnlyOnce)
 {
     bridge.enabled = false;

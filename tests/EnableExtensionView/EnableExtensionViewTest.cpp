@@ -323,6 +323,84 @@ TEST_F(ViewTest, OkGotItThatFailsShowsTheAlertReenablesAndLogs)
                        {"companion.openSafari", "Could not open Safari: Browser is busy"}}));
 }
 
+TEST_F(ViewTest, OkGotItThatFailsNamesTheBrowserInTheAlertButNotInTheLog)
+{
+    sharedData->userInfo.setValue(signedIn);
+    bridge.browserName = QStringLiteral("Chromium");
+    const auto view = makeView();
+    view->show();
+    ASSERT_TRUE(test::waitUntil([&] {
+        return !view->extensionEnabledPanel()->isHidden() &&
+               view->browserName() == QLatin1String("Chromium");
+    }));
+    bridge.dispatchErrors.push_back(
+        {QStringLiteral("com.lexmira.Extension1.Error"), QStringLiteral("Browser is busy")});
+    QTest::mouseClick(view->openSafariButton(), Qt::LeftButton);
+    ASSERT_TRUE(test::waitUntil([&] { return alerts.alerts.size() == 1; }));
+    EXPECT_EQ(alerts.alerts.front(), (Alert{QStringLiteral("Could not open Chromium"),
+                                            QStringLiteral("Browser is busy"),
+                                            Alert::Style::critical,
+                                            {QStringLiteral("OK")}}));
+    ASSERT_TRUE(server.waitForRequests(2));
+    test::spin(200ms);
+    auto records = test::logRecords(server);
+    std::sort(records.begin(), records.end());
+    EXPECT_EQ(records,
+              (Records{{"companion.openSafari", "Could not continue to extension: Browser is busy"},
+                       {"companion.openSafari", "Could not open Safari: Browser is busy"}}))
+        << "log lines are the system's own and never change";
+}
+
+TEST_F(ViewTest, TheBrowserNameIsAskedAgainWhenTheStateChanges)
+{
+    bridge.enabled = false;
+    bridge.browserName = QStringLiteral("Chromium");
+    const auto view = makeView(50ms);
+    view->show();
+    ASSERT_TRUE(test::waitUntil([&] {
+        return !view->enableExtensionPanel()->isHidden() &&
+               view->browserName() == QLatin1String("Chromium");
+    }));
+    const auto askedWhileDisabled = bridge.browserNameQueries.size();
+    test::spin(300ms);
+    EXPECT_EQ(bridge.browserNameQueries.size(), askedWhileDisabled)
+        << "an unchanged state asks nothing more on each tick";
+
+    // The user enables the extension in Firefox.
+    bridge.browserName = QStringLiteral("Firefox");
+    bridge.enabled = true;
+    ASSERT_TRUE(test::waitUntil([&] {
+        return !view->extensionEnabledPanel()->isHidden() &&
+               view->browserName() == QLatin1String("Firefox");
+    }));
+    EXPECT_TRUE(view->enabledBody()->text().endsWith(QLatin1String("try restarting Firefox.")));
+    EXPECT_TRUE(view->animation()->movie()->fileName().endsWith(QLatin1String("Firefox.gif")));
+
+    // Firefox closes; nobody reports a browser any more.
+    bridge.browserName.clear();
+    bridge.enabled = false;
+    ASSERT_TRUE(test::waitUntil([&] {
+        return !view->enableExtensionPanel()->isHidden() && view->browserName().isEmpty();
+    }));
+    EXPECT_TRUE(view->enabledBody()->text().endsWith(QLatin1String("try restarting Safari.")));
+    EXPECT_TRUE(view->animation()->movie()->fileName().endsWith(QLatin1String("Chromium.gif")));
+}
+
+TEST_F(ViewTest, ANameThatCannotStandInATextLeavesTheTextsAsWritten)
+{
+    bridge.browserName = QStringLiteral("Evil\nBrowser");
+    const auto view = makeView();
+    view->show();
+    ASSERT_TRUE(test::waitUntil([&] {
+        return !view->extensionEnabledPanel()->isHidden() && !bridge.browserNameQueries.empty();
+    }));
+    test::spin(100ms);
+    EXPECT_TRUE(view->browserName().isEmpty());
+    EXPECT_EQ(view->enabledBody()->text(),
+              QStringLiteral("If you don\u2019t see Lexmira in your \nSafari toolbar, try "
+                             "restarting Safari."));
+}
+
 TEST_F(ViewTest, OpenSettingsShowsTheBusyLookUntilTheRequestCompletes)
 {
     bridge.enabled = false;

@@ -2,6 +2,7 @@
 #include "ViewFixture.h"
 
 #include <QGuiApplication>
+#include <QMovie>
 #include <QScreen>
 #include <QWindow>
 
@@ -10,11 +11,14 @@ namespace {
 using namespace std::chrono_literals;
 using test::ViewFixture;
 
-// The view on a real X display, read back from the X server.
-class Rendering : public ViewFixture, public ::testing::WithParamInterface<std::tuple<bool, bool>> {
+// The view on a real X display, read back from the X server: light or dark, enabled or not, with
+// the browser the extension's side reports ("" for none).
+class Rendering : public ViewFixture,
+                  public ::testing::WithParamInterface<std::tuple<bool, bool, const char*>> {
 protected:
     bool dark() const { return std::get<0>(GetParam()); }
     bool enabled() const { return std::get<1>(GetParam()); }
+    QString browser() const { return QString::fromUtf8(std::get<2>(GetParam())); }
 
     QImage shoot(QWidget& view)
     {
@@ -63,13 +67,16 @@ TEST_P(Rendering, PanelButtonsImagesAndTexts)
     ASSERT_EQ(QGuiApplication::platformName(), QStringLiteral("xcb"));
     appearance.setDark(dark());
     bridge.enabled = enabled();
+    bridge.browserName = browser();
     sharedData->userInfo.setValue(UserInfo{"u", false, false, "c"});
     const auto view = makeView();
     view->show();
     ASSERT_TRUE(test::waitUntil([&] {
         return !(enabled() ? view->extensionEnabledPanel() : view->enableExtensionPanel())
-                    ->isHidden();
+                    ->isHidden() &&
+               !bridge.browserNameQueries.empty();
     }));
+    ASSERT_TRUE(test::waitUntil([&] { return view->browserName() == browser(); }));
     const QImage image = shoot(*view);
     ASSERT_EQ(image.size(), QSize(550, 367) * view->devicePixelRatio());
 
@@ -115,11 +122,68 @@ TEST_P(Rendering, PanelButtonsImagesAndTexts)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(BothPanelsInBothAppearances, Rendering,
-                         ::testing::Combine(::testing::Bool(), ::testing::Bool()),
+TEST_P(Rendering, TheBrowserInUseIsNamedAndShown)
+{
+    appearance.setDark(dark());
+    bridge.enabled = enabled();
+    bridge.browserName = browser();
+    const auto view = makeView();
+    view->show();
+    ASSERT_TRUE(test::waitUntil([&] {
+        return !(enabled() ? view->extensionEnabledPanel() : view->enableExtensionPanel())
+                    ->isHidden() &&
+               view->browserName() == browser();
+    }));
+    const QImage image = shoot(*view);
+    const ColorScheme scheme = dark() ? ColorScheme::dark() : ColorScheme::light();
+
+    if (enabled()) {
+        // Every word as written, the browser's name where the text names Safari.
+        const QString expected =
+            browser().isEmpty()
+                ? QStringLiteral(
+                      "If you don\u2019t see Lexmira in your \nSafari toolbar, try restarting Safari.")
+                : QStringLiteral("If you don\u2019t see Lexmira in your \n%1 toolbar, try "
+                                 "restarting %1.")
+                      .arg(browser());
+        TextView* body = view->enabledBody();
+        ASSERT_TRUE(body);
+        EXPECT_EQ(body->text(), expected);
+        EXPECT_EQ(body->parentWidget(), view->extensionEnabledPanel());
+        // The renamed text is what is on the screen: drawn where it stands, above the button,
+        // and alone in its box.
+        const QRect box = body->geometry();
+        EXPECT_GT(inkIn(image, box, scheme.panel), 200);
+        EXPECT_LT(box.bottom(), view->openSafariButton()->geometry().top());
+        EXPECT_EQ(view->extensionEnabledPanel()->findChildren<TextView*>().size(), 2)
+            << "the title and one body text";
+        EXPECT_TRUE(view->extensionEnabledPanel()->rect().contains(box));
+        return;
+    }
+    // The extensions page of the browser in use; the Chromium family's when none is named.
+    QLabel* animation = view->animation();
+    ASSERT_TRUE(animation);
+    ASSERT_TRUE(animation->movie());
+    const QString variant = browser() == QLatin1String("Firefox") ? QStringLiteral("Firefox")
+                                                                  : QStringLiteral("Chromium");
+    EXPECT_TRUE(animation->movie()->fileName().endsWith(
+        (dark() ? QStringLiteral("EnableLexmiraAnimationDark") : QStringLiteral("EnableLexmiraAnimationLight")) +
+        variant + QStringLiteral(".gif")))
+        << animation->movie()->fileName().toStdString();
+    EXPECT_EQ(animation->movie()->state(), QMovie::Running);
+    EXPECT_EQ(view->enableExtensionPanel()->findChildren<QMovie*>().size(), 1);
+    const QRect box = animation->geometry();
+    EXPECT_GT(inkIn(image, box, scheme.panel), box.width() * box.height() / 8);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothPanelsInBothAppearancesForEachBrowser, Rendering,
+                         ::testing::Combine(::testing::Bool(), ::testing::Bool(),
+                                            ::testing::Values("", "Chromium", "Firefox")),
                          [](const auto& info) {
+                             const std::string browser = std::get<2>(info.param);
                              return std::string(std::get<0>(info.param) ? "Dark" : "Light") +
-                                    (std::get<1>(info.param) ? "Enabled" : "Disabled");
+                                    (std::get<1>(info.param) ? "Enabled" : "Disabled") +
+                                    (browser.empty() ? "NoBrowserNamed" : browser);
                          });
 
 } // namespace

@@ -255,6 +255,71 @@ TEST(ExtensionBridge, ASilentPeerTimesOutWithNoReplyOnceAndBeforeItAnswers)
     EXPECT_EQ(dispatch.calls, 1);
 }
 
+// What one browser-name request delivered, and how often.
+struct NameAnswer {
+    int calls = 0;
+    QString name;
+};
+
+ExtensionBridge::BrowserNameCompletion recordNameInto(NameAnswer& answer)
+{
+    return [&answer](QString name) {
+        ++answer.calls;
+        answer.name = std::move(name);
+    };
+}
+
+QString browserNameOf(ExtensionBridge& bridge)
+{
+    NameAnswer answer;
+    bridge.getBrowserName(extensionId, recordNameInto(answer));
+    EXPECT_TRUE(test::waitUntil([&] { return answer.calls > 0; }));
+    return answer.name;
+}
+
+TEST(ExtensionBridge, TheBrowserNameIsThePeersProperty)
+{
+    test::DevExtensionPeer peer({QStringLiteral("--browser-name"), QStringLiteral("Chromium")});
+    ASSERT_TRUE(peer.isServing());
+    const auto bridge = ExtensionBridge::create();
+    EXPECT_EQ(browserNameOf(*bridge), QStringLiteral("Chromium"));
+    ASSERT_TRUE(peer.control({QStringLiteral("browser-name"), QStringLiteral("Firefox")}));
+    EXPECT_EQ(browserNameOf(*bridge), QStringLiteral("Firefox"));
+    ASSERT_TRUE(peer.control({QStringLiteral("browser-name"), QString()}));
+    EXPECT_EQ(browserNameOf(*bridge), QString());
+}
+
+TEST(ExtensionBridge, NoPeerIsNoBrowserName)
+{
+    ASSERT_FALSE(test::DevExtensionPeer::isOwned(extensionId));
+    const auto bridge = ExtensionBridge::create();
+    NameAnswer answer;
+    bridge->getBrowserName(extensionId, recordNameInto(answer));
+    EXPECT_EQ(answer.calls, 0) << "never from inside the call";
+    ASSERT_TRUE(test::waitUntil([&] { return answer.calls > 0; }));
+    EXPECT_EQ(answer.name, QString());
+    test::spin(100ms);
+    EXPECT_EQ(answer.calls, 1);
+}
+
+TEST(ExtensionBridge, ASilentPeerGivesNoBrowserNameWithinTheNamesOwnTimeOut)
+{
+    test::DevExtensionPeer peer({QStringLiteral("--browser-name"), QStringLiteral("Chromium"),
+                                 QStringLiteral("--reply-delay"), QStringLiteral("3000")});
+    ASSERT_TRUE(peer.isServing());
+    const auto bridge = ExtensionBridge::create(); // the default, longer time-out
+    QElapsedTimer clock;
+    clock.start();
+    NameAnswer answer;
+    bridge->getBrowserName(extensionId, recordNameInto(answer));
+    ASSERT_TRUE(test::waitUntil([&] { return answer.calls > 0; }));
+    EXPECT_LT(clock.elapsed(), 3000) << "the peer's late answer must not be what ended the call";
+    EXPECT_GE(clock.elapsed(), ExtensionBridge::browserNameTimeout.count() - 50);
+    EXPECT_EQ(answer.name, QString());
+    test::spin(2500ms);
+    EXPECT_EQ(answer.calls, 1);
+}
+
 TEST(ExtensionBridge, TheDefaultTimeOutIsBounded)
 {
     EXPECT_GT(ExtensionBridge::defaultTimeout, 0ms);

@@ -201,6 +201,38 @@ TEST_F(OAuthTest, TheFailureAlertHasTheFixedTextsACriticalStyleAndOneOkButton)
     EXPECT_EQ(fixture.alerts.alerts[0].buttons, QStringList{QStringLiteral("OK")});
 }
 
+TEST_F(OAuthTest, TheFailureAlertNamesTheBrowserTheExtensionRunsIn)
+{
+    failDispatches();
+    fixture.bridge.browserName = QStringLiteral("Firefox");
+    oauth->handleGetURL(validUrl);
+    ASSERT_TRUE(test::waitUntil([&] { return !fixture.alerts.alerts.empty(); }));
+    EXPECT_EQ(fixture.alerts.alerts[0].messageText,
+              QStringLiteral("Lexmira encountered a problem"));
+    EXPECT_EQ(fixture.alerts.alerts[0].informativeText,
+              QStringLiteral("Please open Firefox to continue using Lexmira."));
+    EXPECT_EQ(fixture.bridge.browserNameQueries,
+              std::vector<QString>{QStringLiteral("com.lexmira.companion.ext")});
+}
+
+TEST_F(OAuthTest, WithNoBrowserReportedTheFailureAlertIsExactlyAsWritten)
+{
+    failDispatches();
+    fixture.bridge.answersFromWorker = true;
+    oauth->handleGetURL(validUrl);
+    ASSERT_TRUE(test::waitUntil([&] { return !fixture.alerts.alerts.empty(); }));
+    EXPECT_EQ(fixture.alerts.alerts[0].informativeText,
+              QStringLiteral("Please open Safari to continue using Lexmira."));
+}
+
+TEST_F(OAuthTest, ADeliveredCallbackDoesNotAskForTheBrowser)
+{
+    oauth->handleGetURL(validUrl);
+    settle();
+    EXPECT_TRUE(fixture.bridge.browserNameQueries.empty());
+    EXPECT_TRUE(fixture.alerts.alerts.empty());
+}
+
 TEST_F(OAuthTest, ACompletionAfterTheHandOffIsGoneShowsNothingButStillLogs)
 {
     failDispatches();

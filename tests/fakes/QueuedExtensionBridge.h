@@ -70,6 +70,13 @@ public:
         });
     }
 
+    void getBrowserName(const QString& extensionIdentifier,
+                        BrowserNameCompletion completion) override
+    {
+        browserNameQueries.push_back(extensionIdentifier);
+        answer([completion = std::move(completion), name = browserName] { completion(name); });
+    }
+
     // The answer to every dispatch once dispatchErrors is used up.
     std::optional<ExtensionError> dispatchError;
     // Errors for the next calls of each kind, oldest first.
@@ -78,6 +85,8 @@ public:
     std::deque<ExtensionError> preferencesErrors;
     // What GetState answers when it does not fail: none is "no state".
     std::optional<bool> enabled = true;
+    // What getBrowserName answers: empty is no name reported.
+    QString browserName;
     // When set, showPreferences keeps its completion in heldPreferences instead of answering.
     bool holdPreferences = false;
     std::vector<Completion> heldPreferences;
@@ -88,6 +97,7 @@ public:
     std::vector<Dispatch> dispatches;
     std::vector<QString> stateQueries;
     std::vector<QString> preferencesShown;
+    std::vector<QString> browserNameQueries;
 
     // The thread answers come from when answersFromWorker is set.
     QThread* workerThread() { return &worker_; }

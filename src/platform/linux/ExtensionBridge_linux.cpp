@@ -6,9 +6,11 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
 #include <QObject>
 #include <QTimer>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -83,6 +85,26 @@ public:
              });
     }
 
+    void getBrowserName(const QString& extensionIdentifier,
+                        BrowserNameCompletion completion) override
+    {
+        auto message = QDBusMessage::createMethodCall(
+            extensionIdentifier, ExtensionBus::objectPath(extensionIdentifier),
+            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+        message.setArguments({ExtensionBus::interfaceName, ExtensionBus::browserNameProperty});
+        const auto timeout = std::min(timeout_, browserNameTimeout);
+        send(message, timeout, [completion = std::move(completion)](const QDBusMessage& reply) {
+            // Get answers one variant holding the string; anything else is no name.
+            const QVariantList arguments = reply.arguments();
+            if (reply.type() != QDBusMessage::ReplyMessage || arguments.size() != 1) {
+                completion(QString());
+                return;
+            }
+            const QVariant value = arguments.front().value<QDBusVariant>().variant();
+            completion(value.typeId() == QMetaType::QString ? value.toString() : QString());
+        });
+    }
+
 private:
     // Sends one call and hands its answer (the reply, or an error message: from the peer, from
     // the bus, or NoReply after the time-out) to answered, on the calling thread's event loop.
@@ -93,8 +115,14 @@ private:
                                                       ExtensionBus::objectPath(extensionIdentifier),
                                                       ExtensionBus::interfaceName, method);
         message.setArguments(arguments);
+        send(message, timeout_, std::move(answered));
+    }
+
+    static void send(const QDBusMessage& message, std::chrono::milliseconds timeout,
+                     std::function<void(const QDBusMessage&)> answered)
+    {
         const QDBusPendingCall pending =
-            QDBusConnection::sessionBus().asyncCall(message, int(timeout_.count()));
+            QDBusConnection::sessionBus().asyncCall(message, int(timeout.count()));
         // A call that failed at once (no bus, an invalid name) is finished already; the watcher
         // still reports it from the event loop, never from inside this call.
         auto* watcher = new QDBusPendingCallWatcher(pending);

@@ -12,6 +12,7 @@ inline const QString interfaceName = QStringLiteral("com.lexmira.Extension1");
 inline const QString getStateMethod = QStringLiteral("GetState");
 inline const QString dispatchMessageMethod = QStringLiteral("DispatchMessage");
 inline const QString showPreferencesMethod = QStringLiteral("ShowPreferences");
+inline const QString browserNameProperty = QStringLiteral("BrowserName");
 
 // "com.lexmira.companion.ext" lives at "/com/lexmira/companion/ext": a leading slash, dots to
 // slashes and "-" (allowed in bus names, not in object paths) to "_".
