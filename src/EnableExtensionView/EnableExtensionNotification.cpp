@@ -52,9 +52,8 @@ void EnableExtensionNotification::remind()
         FutureFunc::onMain([self, browserName = std::move(browserName)] {
             if (!self)
                 return;
-            self->notifications_.deliver({reminderTitle,
-                                          BrowserName::in(reminderText, browserName),
-                                          reminderAction, true});
+            self->notifications_.deliver(
+                {reminderTitle, BrowserName::in(reminderText, browserName), reminderAction, true});
         });
     });
 }

@@ -177,9 +177,9 @@ void EnableExtensionView::showEnabledBody(QWidget* panel, QPoint topLeft)
     // Only this build's text is replaced; earlier builds beneath keep theirs.
     if (enabledBody_ && enabledBody_->parentWidget() == panel)
         delete enabledBody_;
-    enabledBody_ = new TextView(BrowserName::in(enabledBodyText, browserName_),
-                                systemFont(16, QFont::Light), colorScheme_->text, 3.0,
-                                Qt::AlignLeft, panel);
+    enabledBody_ =
+        new TextView(BrowserName::in(enabledBodyText, browserName_), systemFont(16, QFont::Light),
+                     colorScheme_->text, 3.0, Qt::AlignLeft, panel);
     enabledBody_->move(topLeft);
     enabledBody_->show();
 }
@@ -214,13 +214,12 @@ void EnableExtensionView::showAnimation(QWidget* panel)
 
 void EnableExtensionView::refreshBrowserName()
 {
-    deps_.bridge.getBrowserName(deps_.extensionIdentifier,
-                                [view = QPointer(this)](QString name) {
-                                    FutureFunc::onMain([view, name = std::move(name)] {
-                                        if (view)
-                                            view->setBrowserName(name);
-                                    });
-                                });
+    deps_.bridge.getBrowserName(deps_.extensionIdentifier, [view = QPointer(this)](QString name) {
+        FutureFunc::onMain([view, name = std::move(name)] {
+            if (view)
+                view->setBrowserName(name);
+        });
+    });
 }
 
 void EnableExtensionView::setBrowserName(const QString& name)

@@ -51,14 +51,14 @@ void OAuth::handleGetURL(const std::optional<QString>& url)
                 return;
             OAuth& oauth = **alive;
             // The alert names the browser the extension runs in, as its side reports it now.
-            oauth.bridge_.getBrowserName(
-                QString::fromStdString(oauth.extensionBundleIdentifier),
-                [self](QString browserName) {
-                    FutureFunc::onMain([self, browserName = std::move(browserName)] {
-                        if (const auto alive = self.lock())
-                            (*alive)->showFailureAlert(browserName);
-                    });
-                });
+            oauth.bridge_.getBrowserName(QString::fromStdString(oauth.extensionBundleIdentifier),
+                                         [self](QString browserName) {
+                                             FutureFunc::onMain(
+                                                 [self, browserName = std::move(browserName)] {
+                                                     if (const auto alive = self.lock())
+                                                         (*alive)->showFailureAlert(browserName);
+                                                 });
+                                         });
         });
 }
 
@@ -75,9 +75,10 @@ void OAuth::oauthOpenLoginTab(std::function<void(bool delivered)> completion)
 
 void OAuth::showFailureAlert(const QString& browserName)
 {
-    alerts_.runModal(Alert{QStringLiteral("Lexmira encountered a problem"),
-                           BrowserName::in(QStringLiteral("Please open Safari to continue using Lexmira."),
-                                           browserName),
-                           Alert::Style::critical,
-                           {QStringLiteral("OK")}});
+    alerts_.runModal(
+        Alert{QStringLiteral("Lexmira encountered a problem"),
+              BrowserName::in(QStringLiteral("Please open Safari to continue using Lexmira."),
+                              browserName),
+              Alert::Style::critical,
+              {QStringLiteral("OK")}});
 }

@@ -1,9 +1,23 @@
 #include "extensionhost/Broker.h"
 
 #include <QDateTime>
+#include <QLoggingCategory>
 #include <QProcess>
 
 #include <algorithm>
+
+// What the extension is asked and who connects; off unless QT_LOGGING_RULES turns on
+// "lexmira.broker.info".
+Q_LOGGING_CATEGORY(lcBroker, "lexmira.broker", QtWarningMsg)
+
+namespace {
+
+QString describeUserInfo(const QString& userInfo)
+{
+    return userInfo.isEmpty() ? QStringLiteral("no user info") : userInfo;
+}
+
+} // namespace
 
 const QString Broker::notConnectedError =
     QStringLiteral("com.lexmira.Extension1.Error.NotConnected");
@@ -55,6 +69,8 @@ void Broker::dispatchMessage(const QString& name, const QString& userInfo, Compl
 {
     touch();
     if (hosts_.empty() || !bus_) {
+        qCInfo(lcBroker).noquote() << "dispatch" << name << "with" << describeUserInfo(userInfo)
+                                   << "failed: no browser connected";
         completion(ExtensionError{
             notConnectedError,
             QStringLiteral("The Lexmira extension is not connected: no browser with the "
@@ -62,11 +78,18 @@ void Broker::dispatchMessage(const QString& name, const QString& userInfo, Compl
         return;
     }
     ++dispatchesInFlight_;
+    qCInfo(lcBroker).noquote() << "dispatch" << name << "with" << describeUserInfo(userInfo) << "to"
+                               << hosts_.back().browserName;
     bus_->dispatchToHost(
         hosts_.back().connection, name, userInfo, replyTimeout_, this,
-        [this, completion = std::move(completion)](std::optional<ExtensionError> error) {
+        [this, name, completion = std::move(completion)](std::optional<ExtensionError> error) {
             --dispatchesInFlight_;
             touch();
+            if (error)
+                qCInfo(lcBroker).noquote()
+                    << "dispatch" << name << "failed:" << error->localizedDescription;
+            else
+                qCInfo(lcBroker).noquote() << "dispatch" << name << "answered";
             if (error && error->name == noReplyError)
                 error = ExtensionError{noReplyError,
                                        QStringLiteral("The Lexmira extension did not answer "
@@ -101,6 +124,8 @@ std::optional<ExtensionError> Broker::showPreferences()
                                              "Run \"lexmira-extension-host install\" first.")};
     QStringList arguments = browser->command.mid(1);
     arguments.append(browser->settingsPage);
+    qCInfo(lcBroker).noquote() << "settings page:" << browser->command.front()
+                               << arguments.join(u' ');
     if (!QProcess::startDetached(browser->command.front(), arguments))
         return ExtensionError{failedError,
                               QStringLiteral("Could not start %1 (%2).")
@@ -115,6 +140,7 @@ void Broker::hostAttached(const HostPeer& peer)
     });
     HostPeer host = peer;
     host.attachedAtMs = QDateTime::currentMSecsSinceEpoch();
+    qCInfo(lcBroker).noquote() << host.browserName << "connected, extension" << host.extensionId;
     if (existing != hosts_.end())
         hosts_.erase(existing);
     hosts_.push_back(host);
@@ -129,6 +155,7 @@ void Broker::hostDetached(const QString& connection)
     if (existing == hosts_.end())
         return;
     lastHost_ = *existing;
+    qCInfo(lcBroker).noquote() << existing->browserName << "disconnected";
     hosts_.erase(existing);
     touch();
 }

@@ -141,8 +141,8 @@ TEST_P(Rendering, TheBrowserInUseIsNamedAndShown)
         // Every word as written, the browser's name where the text names Safari.
         const QString expected =
             browser().isEmpty()
-                ? QStringLiteral(
-                      "If you don\u2019t see Lexmira in your \nSafari toolbar, try restarting Safari.")
+                ? QStringLiteral("If you don\u2019t see Lexmira in your \nSafari toolbar, try "
+                                 "restarting Safari.")
                 : QStringLiteral("If you don\u2019t see Lexmira in your \n%1 toolbar, try "
                                  "restarting %1.")
                       .arg(browser());
@@ -167,7 +167,8 @@ TEST_P(Rendering, TheBrowserInUseIsNamedAndShown)
     const QString variant = browser() == QLatin1String("Firefox") ? QStringLiteral("Firefox")
                                                                   : QStringLiteral("Chromium");
     EXPECT_TRUE(animation->movie()->fileName().endsWith(
-        (dark() ? QStringLiteral("EnableLexmiraAnimationDark") : QStringLiteral("EnableLexmiraAnimationLight")) +
+        (dark() ? QStringLiteral("EnableLexmiraAnimationDark")
+                : QStringLiteral("EnableLexmiraAnimationLight")) +
         variant + QStringLiteral(".gif")))
         << animation->movie()->fileName().toStdString();
     EXPECT_EQ(animation->movie()->state(), QMovie::Running);

@@ -6,16 +6,17 @@
 namespace {
 
 const QString reminder = QStringLiteral("Click Open to enable it in Safari settings");
-const QString body =
-    QStringLiteral("If you don\u2019t see Lexmira in your \nSafari toolbar, try restarting Safari.");
+const QString body = QStringLiteral(
+    "If you don\u2019t see Lexmira in your \nSafari toolbar, try restarting Safari.");
 
 TEST(BrowserName, ReplacesEveryMentionOfTheWrittenBrowserAndNothingElse)
 {
     EXPECT_EQ(BrowserName::in(reminder, QStringLiteral("Chromium")),
               QStringLiteral("Click Open to enable it in Chromium settings"));
-    EXPECT_EQ(BrowserName::in(body, QStringLiteral("Firefox")),
-              QStringLiteral(
-                  "If you don\u2019t see Lexmira in your \nFirefox toolbar, try restarting Firefox."));
+    EXPECT_EQ(
+        BrowserName::in(body, QStringLiteral("Firefox")),
+        QStringLiteral(
+            "If you don\u2019t see Lexmira in your \nFirefox toolbar, try restarting Firefox."));
     EXPECT_EQ(BrowserName::in(body, QStringLiteral("Microsoft Edge")),
               QStringLiteral("If you don\u2019t see Lexmira in your \nMicrosoft Edge toolbar, try "
                              "restarting Microsoft Edge."));

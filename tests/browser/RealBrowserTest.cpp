@@ -148,8 +148,7 @@ protected:
         environment.insert(QStringLiteral("HOME"), path(QStringLiteral("home")));
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), path(QStringLiteral("config")));
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-        environment.insert(QStringLiteral("DISPLAY"),
-                           qEnvironmentVariable("LEXMIRA_TEST_DISPLAY"));
+        environment.insert(QStringLiteral("DISPLAY"), qEnvironmentVariable("LEXMIRA_TEST_DISPLAY"));
         environment.insert(QStringLiteral("LEXMIRA_ACCOUNT_HOST"), account.hostAndPort());
         environment.insert(QStringLiteral("LEXMIRA_ANALYTICS_URL"),
                            analytics.url(QString()).toString());
@@ -169,10 +168,10 @@ protected:
                          QStringLiteral("--user-id"), userId, QStringLiteral("--container-id"),
                          containerId},
                         environment));
-        const auto id = run(QStringLiteral("python3"),
-                            {runBrowserScript(), QStringLiteral("extension-id"), browser(),
-                             extensionDir},
-                            environment);
+        const auto id =
+            run(QStringLiteral("python3"),
+                {runBrowserScript(), QStringLiteral("extension-id"), browser(), extensionDir},
+                environment);
         ASSERT_TRUE(id && !id->isEmpty());
         extensionId = *id;
 
@@ -185,19 +184,22 @@ protected:
         script.close();
         script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 
-        QStringList install{QStringLiteral("install"),        QStringLiteral("--browser"),
-                            browser(),                        QStringLiteral("--extension-id"),
-                            extensionId,                      QStringLiteral("--browser-command"),
+        QStringList install{QStringLiteral("install"),
+                            QStringLiteral("--browser"),
+                            browser(),
+                            QStringLiteral("--extension-id"),
+                            extensionId,
+                            QStringLiteral("--browser-command"),
                             recorder};
         if (browser() == QLatin1String("chromium"))
             install << QStringLiteral("--user-data-dir") << profileDir();
         ASSERT_TRUE(run(hostBinary(), install, environment));
 
-        broker = std::make_unique<test::ChildProcess>(
-            hostBinary(),
-            QStringList{QStringLiteral("--broker"), QStringLiteral("--idle-timeout"),
-                        QStringLiteral("600000")},
-            environment);
+        broker = std::make_unique<test::ChildProcess>(hostBinary(),
+                                                      QStringList{QStringLiteral("--broker"),
+                                                                  QStringLiteral("--idle-timeout"),
+                                                                  QStringLiteral("600000")},
+                                                      environment);
         ASSERT_TRUE(test::waitUntil([] { return isOwned(extensionName); }, 20s));
     }
 
@@ -233,10 +235,10 @@ protected:
 
     void startBrowser()
     {
-        const auto pid = run(QStringLiteral("python3"),
-                             {runBrowserScript(), QStringLiteral("start"), browser(), extensionDir,
-                              scratch.path()},
-                             environment);
+        const auto pid = run(
+            QStringLiteral("python3"),
+            {runBrowserScript(), QStringLiteral("start"), browser(), extensionDir, scratch.path()},
+            environment);
         ASSERT_TRUE(pid);
         browserPid = pid->toLongLong();
         ASSERT_GT(browserPid, 0);
@@ -262,9 +264,9 @@ protected:
             return {};
         const auto found =
             run(QStringLiteral("xdotool"),
-                {QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
-                 QString::number(companion->process().processId()), QStringLiteral("--name"),
-                 QStringLiteral("^Lexmira$")},
+                {QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
+                 QStringLiteral("--pid"), QString::number(companion->process().processId()),
+                 QStringLiteral("--name"), QStringLiteral("^Lexmira$")},
                 environment);
         if (!found || found->isEmpty())
             return {};
@@ -332,8 +334,7 @@ TEST_P(RealBrowser, TheExtensionInTheBrowserIsEnabledSignedInAndOpensItsSettings
 {
     // No browser yet: the companion asks the extension to be enabled.
     startCompanion();
-    ASSERT_GE(waitForPanel(Panel::disabled, 20s), 0)
-        << "shown: " << nameOf(shownPanel());
+    ASSERT_GE(waitForPanel(Panel::disabled, 20s), 0) << "shown: " << nameOf(shownPanel());
 
     // The browser starts with the extension: the enabled panel, and with nobody signed in the
     // extension opens the login page in a tab, once.
@@ -353,8 +354,8 @@ TEST_P(RealBrowser, TheExtensionInTheBrowserIsEnabledSignedInAndOpensItsSettings
     // browser, which signs the user in; the companion's queued app-start goes out for that user.
     EXPECT_TRUE(analyticsEvents().empty()) << "no user known yet";
     EXPECT_TRUE(run(test::companionBinary(), {callback}, environment));
-    ASSERT_TRUE(test::waitUntil([&] { return stored(QStringLiteral("userInfo")).has_value(); },
-                                20s));
+    ASSERT_TRUE(
+        test::waitUntil([&] { return stored(QStringLiteral("userInfo")).has_value(); }, 20s));
     EXPECT_EQ(stored(QStringLiteral("userInfo")),
               QByteArray(R"([{"userId":"reference-user-7","isTestUser":false,)"
                          R"("isAnonymous":false,"containerId":"reference-container-7"}])"));
@@ -387,9 +388,9 @@ TEST_P(RealBrowser, TheExtensionInTheBrowserIsEnabledSignedInAndOpensItsSettings
     const QImage window = companionWindow();
     const auto geometry =
         run(QStringLiteral("xdotool"),
-            {QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
-             QString::number(companion->process().processId()), QStringLiteral("--name"),
-             QStringLiteral("^Lexmira$")},
+            {QStringLiteral("search"), QStringLiteral("--all"), QStringLiteral("--onlyvisible"),
+             QStringLiteral("--pid"), QString::number(companion->process().processId()),
+             QStringLiteral("--name"), QStringLiteral("^Lexmira$")},
             environment);
     ASSERT_TRUE(geometry && !geometry->isEmpty());
     // The button: the widest run of its blue fill in the left half, below the steps.

@@ -11,7 +11,8 @@ loaded, in front of the native messaging host.
     run_browser.py start {chromium|firefox} EXT_DIR SCRATCH_DIR [--host EXECUTABLE]
                          [--browser-command CMD] [-- EXTRA_BROWSER_ARGS...]
         Prepares the profile SCRATCH_DIR/profile, starts the browser detached from this
-        process, prints its PID on stdout and exits. The browser's output goes to
+        process (on the page the last extra argument names, if it is no option, else on
+        about:blank), prints its PID on stdout and exits. The browser's output goes to
         SCRATCH_DIR/browser.log. Files already in the profile are kept, so a test may register
         the native host there first (Chromium reads SCRATCH_DIR/profile/NativeMessagingHosts/).
         --host EXECUTABLE writes the host manifest itself (for Chromium into the profile, for
@@ -134,6 +135,13 @@ def zip_extension(ext_dir, target):
         f.write(data)
 
 
+def with_start_page(extra):
+    """The extra arguments, ending with one page to open: about:blank unless they name one (a
+    headless browser opens one page only)."""
+    extra = list(extra)
+    return extra if extra and not extra[-1].startswith("-") else extra + ["about:blank"]
+
+
 def chromium_command(command, ext_dir, profile, extra):
     args = [command, "--headless=new", "--user-data-dir=" + profile,
             "--load-extension=" + os.path.abspath(ext_dir),
@@ -144,7 +152,7 @@ def chromium_command(command, ext_dir, profile, extra):
             "--disable-gpu", "--no-first-run", "--no-default-browser-check"]
     if os.geteuid() == 0:
         args.append("--no-sandbox")  # Chromium refuses to run as root with its sandbox
-    return args + list(extra) + ["about:blank"]
+    return args + with_start_page(extra)
 
 
 def firefox_command(command, ext_dir, profile, manifest, extra):
@@ -154,7 +162,7 @@ def firefox_command(command, ext_dir, profile, manifest, extra):
     extensions = os.path.join(profile, "extensions")
     os.makedirs(extensions, exist_ok=True)
     zip_extension(ext_dir, os.path.join(extensions, gecko_id(manifest) + ".xpi"))
-    return [command, "--headless", "--profile", profile, "--no-remote"] + list(extra) + ["about:blank"]
+    return [command, "--headless", "--profile", profile, "--no-remote"] + with_start_page(extra)
 
 
 def start(browser, ext_dir, scratch, host, command, extra):
