@@ -11,6 +11,11 @@ Everything is drawn at SS times its final size and reduced with a Lanczos filter
 which gives smooth edges without relying on the drawing library's anti-aliasing.
 Coordinates are in final pixels (for the animations: pixels of the 464 x 536
 reference, shown at half size in the window).
+
+The animations show the extensions page of the browser the extension runs in, one for the
+Chromium family and one for Firefox, each in a light and a dark appearance:
+EnableLexmiraAnimation<Light|Dark><Chromium|Firefox>.gif. On each, a pointer switches
+Lexmira on, the page rests a moment, and the loop starts over.
 """
 
 import math
@@ -25,11 +30,22 @@ SS = 4
 FONT_DIR = "/usr/share/fonts/truetype/dejavu"
 FONT_REGULAR = os.path.join(FONT_DIR, "DejaVuSans.ttf")
 FONT_BOLD = os.path.join(FONT_DIR, "DejaVuSans-Bold.ttf")
+FONT_CONDENSED = os.path.join(FONT_DIR, "DejaVuSansCondensed.ttf")
+FONT_CONDENSED_BOLD = os.path.join(FONT_DIR, "DejaVuSansCondensed-Bold.ttf")
 
 # The brand gradient of the application icon (data/com.lexmira.companion.svg).
 BRAND_TOP = 0x2F80FF
 BRAND_BOTTOM = 0x1455C8
 WHITE = 0xFFFFFF
+
+
+def font(size, bold=False, condensed=False):
+    """DejaVu Sans at size final pixels, for drawing at SS times that size."""
+    if condensed:
+        name = FONT_CONDENSED_BOLD if bold else FONT_CONDENSED
+    else:
+        name = FONT_BOLD if bold else FONT_REGULAR
+    return ImageFont.truetype(name, round(size * SS))
 
 
 def rgba(colour, alpha=1.0):
@@ -59,12 +75,6 @@ def ease_in_out(t):
 def ease_out(t):
     t = min(max(t, 0.0), 1.0)
     return 1 - (1 - t) ** 3
-
-
-def ease_out_back(t):
-    t = min(max(t, 0.0), 1.0)
-    c = 1.6
-    return 1 + (c + 1) * (t - 1) ** 3 + c * (t - 1) ** 2
 
 
 @dataclass(frozen=True)
@@ -149,14 +159,6 @@ class Canvas:
         draw.ellipse(self.px_box(box), fill=255)
         self.paint(mask, fill, opacity)
 
-    def ring(self, centre, radius, width, colour, opacity=1.0):
-        cx, cy = centre
-        mask, draw = self.new_mask()
-        draw.ellipse(self.px_box((cx - radius, cy - radius, cx + radius, cy + radius)), fill=255)
-        r = radius - width
-        draw.ellipse(self.px_box((cx - r, cy - r, cx + r, cy + r)), fill=0)
-        self.paint(mask, colour, opacity)
-
     def polygon(self, points, fill, opacity=1.0):
         mask, draw = self.new_mask()
         draw.polygon([self.to_px(x, y) for x, y in points], fill=255)
@@ -173,11 +175,10 @@ class Canvas:
             draw.ellipse((x - w / 2, y - w / 2, x + w / 2, y + w / 2), fill=255)
         self.paint(mask, colour, opacity)
 
-    def text(self, xy, text, size, colour, bold=False, anchor="ls"):
+    def text(self, xy, text, size, colour, bold=False, anchor="ls", condensed=False):
         """Text at xy, placed by a Pillow anchor ("ls": left end of the baseline)."""
-        font = ImageFont.truetype(FONT_BOLD if bold else FONT_REGULAR, round(size * SS))
         mask, draw = self.new_mask()
-        draw.text(self.to_px(*xy), text, font=font, fill=255, anchor=anchor)
+        draw.text(self.to_px(*xy), text, font=font(size, bold, condensed), fill=255, anchor=anchor)
         self.paint(mask, colour)
 
     def shadow(self, box, radius, blur, offset, colour, opacity):
@@ -302,176 +303,169 @@ def draw_warning_mark(width, height, dark):
 
 
 # ---------------------------------------------------------------------------
-# The animation: a settings window with an extensions list, where a pointer moves
-# to the Lexmira entry and ticks its checkbox.
+# The animations: a browser window showing its extensions page, where a pointer moves to
+# Lexmira's switch and turns it on. One pair (light and dark) for the Chromium family and
+# one for Firefox, each drawn the way that browser lays the page out.
 
 WIDTH, HEIGHT = 464, 536
 
 
 @dataclass(frozen=True)
+class Switch:
+    """A browser's colours for its switches, buttons and selection, in one appearance."""
+
+    accent: int
+    on_track: int
+    on_knob: int
+    off_track: int
+    off_knob: int
+
+
+@dataclass(frozen=True)
 class Scheme:
+    """The colours of one appearance. panel is the colour of the companion's panel around
+    the picture, which the picture's margins match exactly."""
+
     panel: int
     text: int
-    accent: int
-    accent_text: int
+    secondary: int
+    frame: int
     toolbar: int
-    body: int
-    sidebar: int
+    field: int
+    page: int
+    card: int
+    card_edge: int
+    card_shadow: float
     outline: int
     separator: int
-    secondary: int
-    skeleton: int
-    skeleton_light: int
-    dots: int
-    tab_selected: int
     icon_off_top: int
     icon_off_bottom: int
-    box_border: int
-    box_fill: int
-    box_pressed: int
-    row_selected: int
     shadow: int
     shadow_opacity: float
+    chromium: Switch
+    firefox: Switch
 
 
 LIGHT = Scheme(
     panel=0xFFFFFF,
     text=0x1C1E29,
-    accent=0x196DEF,
-    accent_text=0x196DEF,
-    toolbar=0xF2F3F6,
-    body=0xFFFFFF,
-    sidebar=0xF8F9FB,
-    outline=0xD6D8DE,
-    separator=0xE3E5EA,
-    secondary=0x7D818F,
-    skeleton=0xD9DCE2,
-    skeleton_light=0xE9EBEF,
-    dots=0xD3D5DB,
-    tab_selected=0xE2E5EB,
+    secondary=0x62667A,
+    frame=0xDDE0E6,
+    toolbar=0xF7F8FA,
+    field=0xE8EAEF,
+    page=0xF1F2F5,
+    card=0xFFFFFF,
+    card_edge=0xE0E2E8,
+    card_shadow=0.10,
+    outline=0xC9CCD4,
+    separator=0xDADDE3,
     icon_off_top=0xC3C7D0,
     icon_off_bottom=0xA9AEB9,
-    box_border=0xB3B8C3,
-    box_fill=0xFFFFFF,
-    box_pressed=0xE6E8ED,
-    row_selected=mix(0xF8F9FB, 0x196DEF, 0.10),
     shadow=0x1C2340,
     shadow_opacity=0.20,
+    chromium=Switch(
+        accent=0x1A73E8,
+        on_track=mix(0xFFFFFF, 0x1A73E8, 0.5),  # the knob's colour at half strength on the card
+        on_knob=0x1A73E8,
+        off_track=0xBDC1C6,
+        off_knob=0xFFFFFF,
+    ),
+    firefox=Switch(
+        accent=0x0061E0,
+        on_track=0x0061E0,
+        on_knob=0xFFFFFF,
+        off_track=0x8F8F9D,
+        off_knob=0x5B5B66,
+    ),
 )
 
 DARK = Scheme(
     panel=0x1C1D23,
     text=0xDDDDDE,
-    accent=0x1768E5,
-    accent_text=mix(0x1768E5, 0xFFFFFF, 0.3),
+    secondary=0x9C9EA9,
+    frame=0x222329,
     toolbar=0x2D2E36,
-    body=0x25262D,
-    sidebar=0x222329,
+    field=0x1F2026,
+    page=0x25262D,
+    card=0x2F3039,
+    card_edge=0x3A3B46,
+    card_shadow=0.35,
     outline=0x3D3E48,
-    separator=0x35363F,
-    secondary=0x8E909B,
-    skeleton=0x41434D,
-    skeleton_light=0x36373F,
-    dots=0x4A4C56,
-    tab_selected=0x3C3D47,
+    separator=0x3A3B45,
     icon_off_top=0x5F626D,
     icon_off_bottom=0x4B4E58,
-    box_border=0x6C6F7B,
-    box_fill=0x2D2E36,
-    box_pressed=0x3C3D47,
-    row_selected=mix(0x222329, 0x1768E5, 0.22),
     shadow=0x000000,
     shadow_opacity=0.55,
+    chromium=Switch(
+        accent=0x8AB4F8,
+        on_track=mix(0x2F3039, 0x8AB4F8, 0.5),
+        on_knob=0x8AB4F8,
+        off_track=0x5F626D,
+        off_knob=0xDADCE0,
+    ),
+    firefox=Switch(
+        accent=0xA7A3FF,
+        on_track=0xA7A3FF,
+        on_knob=0x1C1D23,
+        off_track=0x8F8F9D,
+        off_knob=0xBFBFC9,
+    ),
 )
 
-# Window geometry; the window runs on past the right and bottom edges. Its left edge stays
-# well inside the picture, whose upper left sits next to the panel's instructions.
-WIN = (56, 52, WIDTH + 60, HEIGHT + 60)
-WIN_RADIUS = 18
-TOOLBAR_BOTTOM = 172
-SIDEBAR_RIGHT = 302
-ROW_TOP = 186
-ROW_HEIGHT = 64
-ROW_LEFT, ROW_RIGHT = 66, 292
-BOX_SIZE = 30
-BOX_LEFT = 80
-ICON_LEFT, ICON_SIZE = 122, 38
-NAME_LEFT = 172
-LEXMIRA_ROW = 2
 
-# Entries of the list: checked, icon colours (None: the product), name-bar width.
-ROWS = [
-    (True, (0x34CDBE, 0x17A193), 96),
-    (False, None, 78),
-    (None, None, 0),  # Lexmira
-    (True, (0xA07BF7, 0x7447E0), 106),
-    (False, None, 86),
-    (False, None, 100),
-]
-
-DETAIL_LEFT = 328
-DETAIL_ICON = (DETAIL_LEFT, 196, DETAIL_LEFT + 72, 268)
+@dataclass(frozen=True)
+class Extension:
+    name: str
+    description: str
+    colours: tuple  # the icon's gradient; None for Lexmira, drawn with its own mark
+    glyph: int  # which of draw_icon's glyphs
+    on: bool
 
 
-def row_box(index):
-    top = ROW_TOP + index * ROW_HEIGHT
-    return (ROW_LEFT, top + 4, ROW_RIGHT, top + ROW_HEIGHT - 4)
+# Lexmira among a few invented neighbours.
+TAB_TIDY = Extension("Tab Tidy", "Sorts and groups your open tabs.", (0x34CDBE, 0x17A193), 2, True)
+LEXMIRA = Extension("Lexmira", "Works with the Lexmira app.", None, None, False)
+NOTE_PIN = Extension("Note Pin", "Pins short notes to any page.", (0xFFB547, 0xEE8422), 0, False)
+DUSK_PAGE = Extension("Dusk Page", "Dims bright pages at night.", (0xA07BF7, 0x7447E0), 1, True)
+
+# Window geometry; the window runs on past the right and bottom edges, and its left edge
+# stays inside the picture, whose upper left sits next to the panel's instructions.
+WIN = (20, 36, WIDTH + 60, HEIGHT + 60)
+WIN_RADIUS = 12
+TAB_LEFT, TAB_RIGHT = 42, 262
+TAB_TOP = 44
+TABS_BOTTOM = 82
+TOOLBAR_BOTTOM = 128
 
 
-def checkbox_box(index):
-    _, y0, _, y1 = row_box(index)
-    cy = (y0 + y1) / 2
-    return (BOX_LEFT, cy - BOX_SIZE / 2, BOX_LEFT + BOX_SIZE, cy + BOX_SIZE / 2)
-
-
-def icon_box(index):
-    _, y0, _, y1 = row_box(index)
-    cy = (y0 + y1) / 2
-    return (ICON_LEFT, cy - ICON_SIZE / 2, ICON_LEFT + ICON_SIZE, cy + ICON_SIZE / 2)
-
-
-def draw_checkbox(canvas, s, box, checked=1.0, tick=1.0, pressed=0.0, pop=1.0):
-    """A checkbox; checked is the opacity of its blue fill, tick how much of the check is
-    drawn, pressed how far it shows the pressed shade, pop the fill's scale."""
-    x0, y0, x1, y1 = box
-    radius = 7
-    canvas.rounded_rect(box, radius, s.box_border)
-    inner = (x0 + 2, y0 + 2, x1 - 2, y1 - 2)
-    canvas.rounded_rect(inner, radius - 2, mix(s.box_fill, s.box_pressed, pressed))
-    if checked <= 0:
-        return
-    cx, cy = (x0 + x1) / 2, (y0 + y1) / 2
-    h = (x1 - x0) / 2 * pop
-    fill = mix(s.accent, 0x0E3F99, 0.25 * pressed)
-    canvas.rounded_rect((cx - h, cy - h, cx + h, cy + h), radius * pop, fill, checked)
-    if tick > 0:
-        points = check_points(x0, y0, x1 - x0)
-        # Draw the check as far as tick reaches along its length.
-        lengths = [math.dist(points[i], points[i + 1]) for i in range(len(points) - 1)]
-        remaining = tick * sum(lengths)
-        path = [points[0]]
-        for (a, b), length in zip(zip(points, points[1:]), lengths):
-            if remaining >= length:
-                path.append(b)
-                remaining -= length
-            else:
-                path.append(along(a, b, remaining / length))
-                break
-        canvas.stroke(path, 3.4, WHITE, checked)
+def wrap(text, size, width, lines):
+    """text broken at spaces into at most lines lines no wider than width; what does not fit
+    is cut off with an ellipsis."""
+    measure = font(size)
+    out, words = [], text.split()
+    while words and len(out) < lines:
+        line = words.pop(0)
+        while words and measure.getlength(line + " " + words[0]) <= width * SS:
+            line += " " + words.pop(0)
+        out.append(line)
+    if words:
+        while measure.getlength(out[-1] + "…") > width * SS:
+            out[-1] = out[-1][:-1].rstrip()
+        out[-1] += "…"
+    return out
 
 
 def draw_icon(canvas, box, colours, glyph_index):
+    """An invented extension's icon: a plain white glyph on a rounded gradient square."""
     x0, y0, x1, y1 = box
     size = x1 - x0
     top, bottom = colours
     canvas.rounded_rect(box, size * 0.24, Gradient(top, bottom, (x0, y0), (x1, y1)))
     cx, cy = (x0 + x1) / 2, (y0 + y1) / 2
     if glyph_index == 0:
-        canvas.ring((cx, cy), size * 0.24, size * 0.09, WHITE)
-    elif glyph_index == 1:
         q = size * 0.2
         canvas.rounded_rect((cx - q, cy - q, cx + q, cy + q), size * 0.06, WHITE, 0.9)
-    elif glyph_index == 2:
+    elif glyph_index == 1:
         star = []
         for k in range(10):
             r = size * (0.27 if k % 2 == 0 else 0.12)
@@ -486,106 +480,332 @@ def draw_icon(canvas, box, colours, glyph_index):
             canvas.stroke([(cx - w / 2, y), (end, y)], size * 0.08, WHITE)
 
 
-def gear_points(cx, cy, outer, inner, teeth=8):
-    points = []
-    for k in range(teeth):
-        base = 2 * math.pi * k / teeth
-        step = 2 * math.pi / teeth
-        for frac, r in ((0.0, inner), (0.12, outer), (0.38, outer), (0.5, inner)):
-            a = base + frac * step
-            points.append((cx + r * math.cos(a), cy + r * math.sin(a)))
-        a = base + 0.75 * step
-        points.append((cx + inner * math.cos(a), cy + inner * math.sin(a)))
-    return points
+def draw_extension_icon(canvas, s, box, extension):
+    """An extension's icon, grey while the extension is off, as browsers show them."""
+    if extension is LEXMIRA:
+        brand_tile(canvas, box, s.icon_off_top, s.icon_off_bottom, gloss=False)
+    elif extension.on:
+        draw_icon(canvas, box, extension.colours, extension.glyph)
+    else:
+        draw_icon(canvas, box, (s.icon_off_top, s.icon_off_bottom), extension.glyph)
 
 
-def draw_tab_icons(canvas, s, centres, icon_y):
-    # General: a gear.
-    cx = centres[0]
-    canvas.polygon(gear_points(cx, icon_y, 14, 10.5), s.secondary)
-    canvas.ellipse((cx - 4.5, icon_y - 4.5, cx + 4.5, icon_y + 4.5), s.toolbar)
-    # Privacy: a shield.
-    cx = centres[1]
-    shield = [(cx, icon_y - 14), (cx + 12, icon_y - 9), (cx + 11, icon_y + 3)]
-    for k in range(1, 9):
-        a = k / 9 * math.pi
-        shield.append((cx + 11 * math.cos(a) * (1 - 0.1 * k / 9), icon_y + 3 + 11 * math.sin(a)))
-    shield += [(cx - 11, icon_y + 3), (cx - 12, icon_y - 9)]
-    canvas.polygon(shield, s.secondary)
-    # Extensions: a puzzle piece in the accent colour.
-    cx = centres[2]
-    canvas.rounded_rect((cx - 11, icon_y - 7, cx + 8, icon_y + 12), 3, s.accent_text)
-    canvas.ellipse((cx - 6, icon_y - 14, cx + 3, icon_y - 5), s.accent_text)
-    canvas.ellipse((cx + 5, icon_y - 2, cx + 14, icon_y + 7), s.accent_text)
-    canvas.ellipse((cx - 14, icon_y - 1, cx - 7, icon_y + 6), s.tab_selected)
+def draw_puzzle(canvas, centre, size, colour, background):
+    """A puzzle piece, the usual sign for extensions, size across."""
+    cx, cy = centre
+    u = size / 28
+    canvas.rounded_rect((cx - 11 * u, cy - 7 * u, cx + 8 * u, cy + 12 * u), 3 * u, colour)
+    canvas.ellipse((cx - 6 * u, cy - 14 * u, cx + 3 * u, cy - 5 * u), colour)
+    canvas.ellipse((cx + 5 * u, cy - 2 * u, cx + 14 * u, cy + 7 * u), colour)
+    canvas.ellipse((cx - 14 * u, cy - 1 * u, cx - 7 * u, cy + 6 * u), background)
 
 
-def draw_window(s):
-    """The still parts of the animation, with the Lexmira entry unticked."""
-    canvas = Canvas((WIDTH, HEIGHT), background=s.panel)
+def draw_card(canvas, s, box, radius):
+    x0, y0, x1, y1 = box
+    canvas.shadow(box, radius, 3, (0, 1), s.shadow, s.card_shadow)
+    canvas.rounded_rect(box, radius, s.card_edge)
+    canvas.rounded_rect((x0 + 1.5, y0 + 1.5, x1 - 1.5, y1 - 1.5), radius - 1.5, s.card)
+
+
+# ---------------------------------------------------------------------------
+# The browser window around the page
+
+
+def draw_window(canvas, s):
+    """The window's edge and shadow, and the bands of its tab strip, toolbar and page."""
     x0, y0, x1, y1 = WIN
     canvas.shadow(WIN, WIN_RADIUS, 10, (0, 8), s.shadow, s.shadow_opacity)
     canvas.shadow(WIN, WIN_RADIUS, 2, (0, 1), s.shadow, s.shadow_opacity * 0.6)
     canvas.rounded_rect(WIN, WIN_RADIUS, s.outline)
-    inner = (x0 + 2, y0 + 2, x1 - 2, y1 - 2)
-    canvas.rounded_rect(inner, WIN_RADIUS - 2, s.toolbar)
+    canvas.rounded_rect((x0 + 2, y0 + 2, x1 - 2, y1 - 2), WIN_RADIUS - 2, s.frame)
+    canvas.rounded_rect((x0 + 2, TABS_BOTTOM, x1 - 2, TOOLBAR_BOTTOM), 0, s.toolbar)
+    canvas.rounded_rect((x0 + 2, TOOLBAR_BOTTOM, x1 - 2, y1 - 2), 0, s.page)
+    canvas.rounded_rect((x0 + 2, TOOLBAR_BOTTOM, x1 - 2, TOOLBAR_BOTTOM + 2), 0, s.separator)
 
-    # Content: sidebar and detail pane below the toolbar.
-    canvas.rounded_rect((x0 + 2, TOOLBAR_BOTTOM, x1 - 2, y1 - 2), 0, s.body)
-    canvas.rounded_rect((x0 + 2, TOOLBAR_BOTTOM, SIDEBAR_RIGHT, y1 - 2), 0, s.sidebar)
-    canvas.rounded_rect((x0 + 2, TOOLBAR_BOTTOM - 2, x1 - 2, TOOLBAR_BOTTOM), 0, s.separator)
-    canvas.rounded_rect((SIDEBAR_RIGHT, TOOLBAR_BOTTOM, SIDEBAR_RIGHT + 2, y1 - 2), 0, s.separator)
 
-    # Title bar: window buttons and the title.
-    for k in range(3):
-        cx = x0 + 26 + k * 22
-        canvas.ellipse((cx - 7, 74 - 7, cx + 7, 74 + 7), s.dots)
-    canvas.text((282, 82), "Extensions", 21, s.text, bold=True, anchor="ms")
+def draw_tab_label(canvas, s, top, bottom, title):
+    """The tab's icon, title and close button, and the new-tab button beside it."""
+    cy = (top + bottom) / 2
+    draw_puzzle(canvas, (TAB_LEFT + 22, cy), 17, s.secondary, s.toolbar)
+    canvas.text((TAB_LEFT + 42, cy + 5.5), title, 15, s.text)
+    cx = TAB_RIGHT - 20
+    for d in (-1, 1):
+        canvas.stroke([(cx - 5, cy - 5 * d), (cx + 5, cy + 5 * d)], 2, s.secondary)
+    cx = TAB_RIGHT + 30
+    canvas.stroke([(cx - 7, cy), (cx + 7, cy)], 2.2, s.secondary)
+    canvas.stroke([(cx, cy - 7), (cx, cy + 7)], 2.2, s.secondary)
 
-    # Toolbar tabs.
-    centres = (194, 282, 370)
-    canvas.rounded_rect((centres[2] - 48, 98, centres[2] + 48, 164), 12, s.tab_selected)
-    draw_tab_icons(canvas, s, centres, 122)
-    for index, (cx, label) in enumerate(zip(centres, ("General", "Privacy", "Extensions"))):
-        selected = index == 2
-        canvas.text((cx, 155), label, 15, s.accent_text if selected else s.secondary,
-                    bold=selected, anchor="ms")
 
-    # The list of extensions.
-    glyph = 0
-    for index, (checked, colours, bar) in enumerate(ROWS):
-        _, by0, _, by1 = row_box(index)
-        cy = (by0 + by1) / 2
-        if index == LEXMIRA_ROW:
-            canvas.rounded_rect(row_box(index), 12, s.row_selected)
-            draw_checkbox(canvas, s, checkbox_box(index), checked=0)
-            brand_tile(canvas, icon_box(index), s.icon_off_top, s.icon_off_bottom, gloss=False)
-            canvas.text((NAME_LEFT, cy + 1), "Lexmira", 20, s.text, bold=True, anchor="ls")
-            canvas.rounded_rect((NAME_LEFT, cy + 9, NAME_LEFT + 78, cy + 17), 4, s.skeleton_light)
-            continue
-        draw_checkbox(canvas, s, checkbox_box(index), checked=1 if checked else 0)
-        if checked:
-            draw_icon(canvas, icon_box(index), colours, glyph)
-        else:
-            draw_icon(canvas, icon_box(index), (s.icon_off_top, s.icon_off_bottom), glyph)
-        glyph += 1
-        canvas.rounded_rect((NAME_LEFT, cy - 13, NAME_LEFT + bar, cy - 1), 6, s.skeleton)
-        canvas.rounded_rect(
-            (NAME_LEFT, cy + 7, NAME_LEFT + bar * 0.7, cy + 15), 4, s.skeleton_light)
+def draw_chromium_tab(canvas, s):
+    """The selected tab, which widens into the toolbar at its foot."""
+    r = 10
+    canvas.rounded_rect((TAB_LEFT, TAB_TOP, TAB_RIGHT, TABS_BOTTOM + r), r, s.toolbar)
+    # Each foot is a square of toolbar with a quarter circle of the strip taken out of it.
+    for left in (TAB_LEFT - r, TAB_RIGHT):
+        canvas.rounded_rect((left, TABS_BOTTOM - r, left + r, TABS_BOTTOM), 0, s.toolbar)
+    for cx in (TAB_LEFT - r, TAB_RIGHT + r):
+        canvas.ellipse((cx - r, TABS_BOTTOM - 2 * r, cx + r, TABS_BOTTOM), s.frame)
+    draw_tab_label(canvas, s, TAB_TOP, TABS_BOTTOM, "Extensions")
 
-    # Detail pane of the selected entry.
-    brand_tile(canvas, DETAIL_ICON, s.icon_off_top, s.icon_off_bottom, gloss=False)
-    canvas.text((DETAIL_LEFT, 302), "Lexmira", 24, s.text, bold=True, anchor="ls")
-    for k, w in enumerate((124, 108, 132, 80)):
-        y = 324 + k * 20
-        canvas.rounded_rect((DETAIL_LEFT, y, DETAIL_LEFT + w, y + 9), 4.5, s.skeleton_light)
-    card = (DETAIL_LEFT, 420, WIDTH + 40, 540)
-    canvas.rounded_rect(card, 12, s.separator)
-    canvas.rounded_rect((card[0] + 2, card[1] + 2, card[2] - 2, card[3] - 2), 10, s.body)
-    canvas.rounded_rect((DETAIL_LEFT + 20, 446, DETAIL_LEFT + 112, 458), 6, s.skeleton)
-    canvas.rounded_rect((DETAIL_LEFT + 20, 470, DETAIL_LEFT + 132, 479), 4.5, s.skeleton_light)
-    canvas.rounded_rect((DETAIL_LEFT + 20, 490, DETAIL_LEFT + 98, 499), 4.5, s.skeleton_light)
+
+def draw_firefox_tab(canvas, s):
+    """The selected tab, which floats above the tab strip."""
+    box = (TAB_LEFT, TAB_TOP, TAB_RIGHT, TABS_BOTTOM - 6)
+    canvas.shadow(box, 6, 1.5, (0, 1), s.shadow, s.shadow_opacity * 0.6)
+    canvas.rounded_rect(box, 6, s.toolbar)
+    draw_tab_label(canvas, s, TAB_TOP, TABS_BOTTOM - 6, "Add-ons Manager")
+
+
+def draw_toolbar(canvas, s, field_radius, address):
+    cy = (TABS_BOTTOM + TOOLBAR_BOTTOM) / 2
+    # Back, forward (nowhere to go) and reload.
+    for cx, direction, opacity in ((44, -1, 1.0), (78, 1, 0.4)):
+        tip = cx + 8 * direction
+        canvas.stroke([(cx - 8 * direction, cy), (tip, cy)], 2.4, s.secondary, opacity)
+        canvas.stroke([(tip - 7 * direction, cy - 7), (tip, cy), (tip - 7 * direction, cy + 7)],
+                      2.4, s.secondary, opacity)
+    # Reload: a circle open at the upper right, its arrowhead pointing on clockwise.
+    cx, r = 112, 8
+    arc = [(cx + r * math.cos(a), cy + r * math.sin(a))
+           for a in (math.radians(d) for d in range(15, 301, 15))]
+    canvas.stroke(arc, 2.4, s.secondary)
+    a = math.radians(300)
+    end = arc[-1]
+    tangent, normal = (-math.sin(a), math.cos(a)), (math.cos(a), math.sin(a))
+    canvas.polygon([
+        (end[0] + 5 * tangent[0], end[1] + 5 * tangent[1]),
+        (end[0] - 2 * tangent[0] + 5 * normal[0], end[1] - 2 * tangent[1] + 5 * normal[1]),
+        (end[0] - 2 * tangent[0] - 5 * normal[0], end[1] - 2 * tangent[1] - 5 * normal[1]),
+    ], s.secondary)
+    field = (136, cy - 16, WIDTH + 40, cy + 16)
+    canvas.rounded_rect(field, field_radius, s.field)
+    draw_puzzle(canvas, (158, cy), 15, s.secondary, s.field)
+    canvas.text((176, cy + 5.5), address, 15, s.text)
+
+
+# ---------------------------------------------------------------------------
+# The Chromium extensions page: a header bar, then a column of cards with the switch at
+# the lower right.
+
+CHROMIUM_HEADER_BOTTOM = 188
+CHROMIUM_CARDS = (TAB_TIDY, LEXMIRA, DUSK_PAGE)
+CHROMIUM_CARD_TOP, CHROMIUM_CARD_HEIGHT, CHROMIUM_CARD_GAP = 206, 130, 14
+CHROMIUM_CARD_LEFT, CHROMIUM_CARD_RIGHT = 40, 440
+CHROMIUM_KNOB = 12
+CHROMIUM_RIPPLE = 22
+
+
+def chromium_card(index):
+    top = CHROMIUM_CARD_TOP + index * (CHROMIUM_CARD_HEIGHT + CHROMIUM_CARD_GAP)
+    return (CHROMIUM_CARD_LEFT, top, CHROMIUM_CARD_RIGHT, top + CHROMIUM_CARD_HEIGHT)
+
+
+def chromium_icon(card):
+    return (card[0] + 20, card[1] + 20, card[0] + 64, card[1] + 64)
+
+
+def chromium_switch(card):
+    return (card[2] - 66, card[1] + 93, card[2] - 24, card[1] + 109)
+
+
+def draw_chromium_switch(canvas, s, box, on=0.0, pressed=0.0):
+    """A switch whose round knob overhangs its track; on is how far the knob has slid, and
+    pressed how strongly the ring of a press shows around it."""
+    c = s.chromium
+    x0, y0, x1, y1 = box
+    cy = (y0 + y1) / 2
+    r = (y1 - y0) / 2
+    canvas.rounded_rect(box, r, mix(c.off_track, c.on_track, on))
+    cx = x0 + r + (x1 - x0 - 2 * r) * on
+    if pressed > 0:
+        ripple = CHROMIUM_RIPPLE
+        canvas.ellipse((cx - ripple, cy - ripple, cx + ripple, cy + ripple),
+                       mix(s.secondary, c.accent, on), 0.22 * pressed)
+    knob = (cx - CHROMIUM_KNOB, cy - CHROMIUM_KNOB, cx + CHROMIUM_KNOB, cy + CHROMIUM_KNOB)
+    canvas.shadow(knob, CHROMIUM_KNOB, 1.2, (0, 1), 0x000000, 0.35)
+    canvas.ellipse(knob, mix(c.off_knob, c.on_knob, on))
+
+
+def draw_chromium_card(canvas, s, card, extension):
+    x0, y0, x1, y1 = card
+    draw_card(canvas, s, card, 12)
+    draw_extension_icon(canvas, s, chromium_icon(card), extension)
+    canvas.text((x0 + 80, y0 + 42), extension.name, 20, s.text, bold=True)
+    line, = wrap(extension.description, 16, x1 - 20 - (x0 + 80), 1)
+    canvas.text((x0 + 80, y0 + 68), line, 16, s.secondary)
+    for label, left, right in (("Details", 20, 106), ("Remove", 118, 206)):
+        button = (x0 + left, y0 + 86, x0 + right, y0 + 116)
+        canvas.rounded_rect(button, 15, s.separator)
+        canvas.rounded_rect((button[0] + 1.5, button[1] + 1.5, button[2] - 1.5, button[3] - 1.5),
+                            13.5, s.card)
+        canvas.text(((button[0] + button[2]) / 2, y0 + 106), label, 15, s.chromium.accent,
+                    anchor="ms")
+    draw_chromium_switch(canvas, s, chromium_switch(card), on=1.0 if extension.on else 0.0)
+
+
+def draw_chromium_page(s):
+    """The still picture of the Chromium page, with Lexmira switched off."""
+    canvas = Canvas((WIDTH, HEIGHT), background=s.panel)
+    draw_window(canvas, s)
+    draw_chromium_tab(canvas, s)
+    draw_toolbar(canvas, s, 16, "extensions")
+
+    x0, _, x1, _ = WIN
+    bottom = CHROMIUM_HEADER_BOTTOM
+    canvas.rounded_rect((x0 + 2, TOOLBAR_BOTTOM + 2, x1 - 2, bottom), 0, s.card)
+    canvas.rounded_rect((x0 + 2, bottom, x1 - 2, bottom + 2), 0, s.separator)
+    cy = (TOOLBAR_BOTTOM + bottom) / 2 + 1
+    for dy in (-8, 0, 8):
+        canvas.stroke([(42, cy + dy), (60, cy + dy)], 2.4, s.text)
+    canvas.text((78, cy + 8), "Extensions", 22, s.text)
+    canvas.text((386, cy + 5.5), "Developer mode", 15, s.secondary, anchor="rs")
+    draw_chromium_switch(canvas, s, (398, cy - 8, 440, cy + 8))
+
+    for index, extension in enumerate(CHROMIUM_CARDS):
+        draw_chromium_card(canvas, s, chromium_card(index), extension)
     return canvas.result()
+
+
+# ---------------------------------------------------------------------------
+# The Firefox add-ons manager: a sidebar of categories, then a column of cards with the
+# switch at the upper right.
+
+FIREFOX_SIDEBAR_RIGHT = 206
+FIREFOX_CATEGORIES = ("Recommendations", "Extensions", "Themes", "Plugins")
+FIREFOX_SELECTED = 1
+FIREFOX_CARDS = (TAB_TIDY, LEXMIRA, NOTE_PIN)
+FIREFOX_CARD_TOP, FIREFOX_CARD_HEIGHT, FIREFOX_CARD_GAP = 196, 98, 12
+FIREFOX_CARD_LEFT, FIREFOX_CARD_RIGHT = 220, 452
+
+
+def firefox_card(index):
+    top = FIREFOX_CARD_TOP + index * (FIREFOX_CARD_HEIGHT + FIREFOX_CARD_GAP)
+    return (FIREFOX_CARD_LEFT, top, FIREFOX_CARD_RIGHT, top + FIREFOX_CARD_HEIGHT)
+
+
+def firefox_icon(card):
+    return (card[0] + 16, card[1] + 18, card[0] + 52, card[1] + 54)
+
+
+def firefox_switch(card):
+    return (card[2] - 54, card[1] + 21, card[2] - 16, card[1] + 43)
+
+
+def draw_firefox_switch(canvas, s, box, on=0.0, pressed=0.0):
+    """A switch with a small knob inside an outlined track that fills when on; on is how
+    far the knob has slid, and pressed how much the track darkens under a press."""
+    c = s.firefox
+    x0, y0, x1, y1 = box
+    cy = (y0 + y1) / 2
+    r = (y1 - y0) / 2
+    canvas.rounded_rect(box, r, mix(c.off_track, c.on_track, on))
+    inside = mix(mix(s.card, s.text, 0.14 * pressed), c.on_track, on)
+    canvas.rounded_rect((x0 + 2, y0 + 2, x1 - 2, y1 - 2), r - 2, inside)
+    cx = x0 + r + (x1 - x0 - 2 * r) * on
+    knob = r - 5
+    canvas.ellipse((cx - knob, cy - knob, cx + knob, cy + knob), mix(c.off_knob, c.on_knob, on))
+
+
+def draw_category_glyph(canvas, s, index, centre, colour):
+    cx, cy = centre
+    if index == 0:
+        # Recommendations: a four-pointed sparkle.
+        points = []
+        for k in range(8):
+            r = 10 if k % 2 == 0 else 3.2
+            a = k * math.pi / 4
+            points.append((cx + r * math.sin(a), cy - r * math.cos(a)))
+        canvas.polygon(points, colour)
+    elif index == 1:
+        draw_puzzle(canvas, centre, 19, colour, mix(s.page, s.firefox.accent, 0.12))
+    elif index == 2:
+        # Themes: a brush.
+        canvas.stroke([(cx - 1, cy + 1), (cx + 7, cy - 7)], 3.6, colour)
+        canvas.ellipse((cx - 9, cy - 1, cx + 1, cy + 9), colour)
+    else:
+        # Plugins: a plug.
+        canvas.rounded_rect((cx - 7, cy - 3, cx + 7, cy + 5), 3, colour)
+        for dx in (-3.5, 3.5):
+            canvas.stroke([(cx + dx, cy - 9), (cx + dx, cy - 3)], 2.2, colour)
+        canvas.stroke([(cx, cy + 5), (cx, cy + 10)], 2.4, colour)
+
+
+def draw_firefox_card(canvas, s, card, extension):
+    x0, y0, x1, y1 = card
+    draw_card(canvas, s, card, 8)
+    draw_extension_icon(canvas, s, firefox_icon(card), extension)
+    canvas.text((x0 + 64, y0 + 40), extension.name, 20, s.text, bold=True)
+    for k, line in enumerate(wrap(extension.description, 15, x1 - 16 - (x0 + 64), 2)):
+        canvas.text((x0 + 64, y0 + 64 + 20 * k), line, 15, s.secondary)
+    draw_firefox_switch(canvas, s, firefox_switch(card), on=1.0 if extension.on else 0.0)
+
+
+def draw_firefox_page(s):
+    """The still picture of the Firefox page, with Lexmira switched off."""
+    canvas = Canvas((WIDTH, HEIGHT), background=s.panel)
+    draw_window(canvas, s)
+    draw_firefox_tab(canvas, s)
+    draw_toolbar(canvas, s, 6, "addons")
+
+    for index, label in enumerate(FIREFOX_CATEGORIES):
+        cy = 168 + 46 * index
+        selected = index == FIREFOX_SELECTED
+        colour = s.firefox.accent if selected else s.secondary
+        if selected:
+            canvas.rounded_rect((28, cy - 19, FIREFOX_SIDEBAR_RIGHT - 6, cy + 19), 8,
+                                mix(s.page, s.firefox.accent, 0.12))
+        draw_category_glyph(canvas, s, index, (46, cy), colour)
+        canvas.text((66, cy + 6), label, 16, s.firefox.accent if selected else s.text,
+                    bold=selected, condensed=True)
+
+    canvas.text((FIREFOX_CARD_LEFT, 176), "Manage Your Extensions", 20, s.text, condensed=True)
+    for index, extension in enumerate(FIREFOX_CARDS):
+        draw_firefox_card(canvas, s, firefox_card(index), extension)
+    return canvas.result()
+
+
+# ---------------------------------------------------------------------------
+# The moving parts
+
+
+@dataclass(frozen=True)
+class Browser:
+    """One browser's page: how to draw it and its switch, and where the pointer goes."""
+
+    draw_page: object
+    draw_switch: object
+    switch: tuple  # Lexmira's switch
+    switch_margin: int  # how far a pressed switch reaches past its track
+    icon: tuple  # Lexmira's icon
+    rest: tuple  # where the pointer waits between clicks
+    aside: tuple  # where it goes after the click, from where it clicked
+    bend: tuple  # how far its way to the switch bows out
+    bend_back: tuple  # and its way back
+
+
+CHROMIUM = Browser(
+    draw_page=draw_chromium_page,
+    draw_switch=draw_chromium_switch,
+    switch=chromium_switch(chromium_card(1)),
+    switch_margin=CHROMIUM_RIPPLE - 8 + 2,
+    icon=chromium_icon(chromium_card(1)),
+    rest=(288, 300),
+    aside=(6, 28),
+    bend=(40, -30),
+    bend_back=(-50, 30),
+)
+
+FIREFOX = Browser(
+    draw_page=draw_firefox_page,
+    draw_switch=draw_firefox_switch,
+    switch=firefox_switch(firefox_card(1)),
+    switch_margin=3,
+    icon=firefox_icon(firefox_card(1)),
+    rest=(110, 430),
+    aside=(20, 28),
+    bend=(30, 50),
+    bend_back=(20, 60),
+)
 
 
 def sprite_origin(box, margin):
@@ -597,20 +817,19 @@ def sprite_size(box, margin):
     return (math.ceil(box[2]) + margin - ox, math.ceil(box[3]) + margin - oy)
 
 
-def draw_enabled_icons():
-    """The product mark in colour over the list entry and the detail pane, on transparency."""
-    sprites = []
-    for box in (icon_box(LEXMIRA_ROW), DETAIL_ICON):
-        canvas = Canvas(sprite_size(box, 2), sprite_origin(box, 2))
-        brand_tile(canvas, box)
-        sprites.append((canvas.result(), canvas.origin))
-    return sprites
+def draw_enabled_icon(browser):
+    """The product mark in colour over Lexmira's grey icon, on transparency."""
+    box = browser.icon
+    canvas = Canvas(sprite_size(box, 2), sprite_origin(box, 2))
+    brand_tile(canvas, box)
+    return canvas.result(), canvas.origin
 
 
-def draw_checkbox_sprite(s, **state):
-    box = checkbox_box(LEXMIRA_ROW)
-    canvas = Canvas(sprite_size(box, 4), sprite_origin(box, 4))
-    draw_checkbox(canvas, s, box, **state)
+def draw_switch_sprite(s, browser, on, pressed):
+    """Lexmira's switch with the card around it, which covers the switch of the still picture."""
+    box, margin = browser.switch, browser.switch_margin
+    canvas = Canvas(sprite_size(box, margin), sprite_origin(box, margin), background=s.card)
+    browser.draw_switch(canvas, s, box, on=on, pressed=pressed)
     return canvas.result(), canvas.origin
 
 
@@ -641,23 +860,23 @@ def draw_pointer(x, y, scale):
 class FrameState:
     pointer: tuple
     pointer_scale: float = 1.0
-    checked: float = 0.0
-    tick: float = 0.0
     pressed: float = 0.0
-    pop: float = 1.0
-    enabled: float = 0.0
+    on: float = 0.0  # how far the knob has slid
+    switched: float = 1.0  # how much the switch shows its new state over the still picture
+    enabled: float = 0.0  # how much Lexmira's icon shows its colours
 
 
 FRAME_MS = 40
-REST = (392, 486)
 
 
-def timeline():
+def timeline(browser):
     """The frames of one loop, as (state, duration in ms)."""
-    box = checkbox_box(LEXMIRA_ROW)
-    # The click lands in the lower right of the box, so the pointer hides little of the check.
-    target = (box[0] + 19, box[1] + 20)
-    aside = (target[0] + 22, target[1] + 8)
+    x0, y0, x1, y1 = browser.switch
+    # The click lands on the knob, and the pointer then steps off the switch so the knob
+    # can be seen sliding across.
+    target = (x0 + 12, (y0 + y1) / 2 + 2)
+    aside = (target[0] + browser.aside[0], target[1] + browser.aside[1])
+    rest = browser.rest
 
     def arc(t, start, end, bend):
         # The pointer travels on a gentle arc, the way a hand moves a mouse.
@@ -667,50 +886,53 @@ def timeline():
         y = (1 - u) ** 2 * start[1] + 2 * (1 - u) * u * control[1] + u * u * end[1]
         return (x, y)
 
-    frames = [(FrameState(REST), 700)]
+    frames = [(FrameState(rest), 700)]
     move = 28
     for k in range(1, move + 1):
-        frames.append((FrameState(arc(k / move, REST, target, (30, -70))), FRAME_MS))
+        frames.append((FrameState(arc(k / move, rest, target, browser.bend)), FRAME_MS))
     frames.append((FrameState(target), 120))
     press = 3
     for k in range(1, press + 1):
         p = k / press
         frames.append((FrameState(target, 1 - 0.1 * p, pressed=p), FRAME_MS))
-    appear = 14
-    for k in range(1, appear + 1):
-        t = k / appear
+    slide = 14
+    for k in range(1, slide + 1):
+        t = k / slide
         drift = ease_in_out((t - 0.3) / 0.7)
         frames.append((FrameState(
             along(target, aside, drift),
             pointer_scale=0.9 + 0.1 * ease_out(t * 3),
-            checked=ease_out(min(t * 3, 1)),
-            pop=0.55 + 0.45 * ease_out_back(min(t * 3, 1)),
-            tick=ease_in_out((t - 0.15) / 0.6),
-            pressed=max(0.0, 1 - t * 3.5),
+            pressed=max(0.0, 1 - t * 2.5),
+            on=ease_in_out(t / 0.5),
             enabled=ease_in_out((t - 0.25) / 0.75),
         ), FRAME_MS))
-    frames.append((FrameState(aside, checked=1, tick=1, enabled=1), 1500))
+    frames.append((FrameState(aside, on=1, enabled=1), 1500))
     back = 22
     for k in range(1, back + 1):
         t = k / back
         fade = 1 - ease_in_out(min(t * 1.6, 1))
         frames.append((FrameState(
-            arc(t, aside, REST, (40, 40)), checked=fade, tick=1, enabled=fade), FRAME_MS))
+            arc(t, aside, rest, browser.bend_back), on=1, switched=fade, enabled=fade),
+            FRAME_MS))
     return frames
 
 
-def render_frame(s, base, icons, state):
+def faded(sprite, opacity):
+    if opacity >= 1:
+        return sprite
+    sprite = sprite.copy()
+    sprite.putalpha(sprite.getchannel("A").point(lambda v: round(v * opacity)))
+    return sprite
+
+
+def render_frame(s, browser, base, icon, state):
     frame = base.copy()
     if state.enabled > 0:
-        for sprite, origin in icons:
-            if state.enabled < 1:
-                sprite = sprite.copy()
-                sprite.putalpha(sprite.getchannel("A").point(lambda v: round(v * state.enabled)))
-            frame.alpha_composite(sprite, dest=origin)
-    if state.checked > 0 or state.pressed > 0:
-        sprite, origin = draw_checkbox_sprite(
-            s, checked=state.checked, tick=state.tick, pressed=state.pressed, pop=state.pop)
-        frame.alpha_composite(sprite, dest=origin)
+        sprite, origin = icon
+        frame.alpha_composite(faded(sprite, state.enabled), dest=origin)
+    if (state.on > 0 or state.pressed > 0) and state.switched > 0:
+        sprite, origin = draw_switch_sprite(s, browser, state.on, state.pressed)
+        frame.alpha_composite(faded(sprite, state.switched), dest=origin)
     sprite, origin = draw_pointer(*state.pointer, state.pointer_scale)
     frame.alpha_composite(sprite, dest=origin)
     return frame.convert("RGB")
@@ -725,12 +947,14 @@ UNCHANGED = 255
 def to_palette(frames, panel):
     """All frames in one shared palette of 254 colours, with the panel colour kept exact.
 
-    Quantising them together keeps a colour that stays put on one index in every frame."""
+    Quantising them together keeps a colour that stays put on one index in every frame.
+    The palette covers the colours that occur rather than weighing them by area, so a small
+    icon's gradient gets as many entries as the large grey surfaces and is not banded."""
     sheet = Image.new("RGB", (WIDTH, HEIGHT * len(frames)))
     for k, frame in enumerate(frames):
         sheet.paste(frame, (0, HEIGHT * k))
     quantised = sheet.quantize(
-        colors=PANEL, method=Image.Quantize.MEDIANCUT, dither=Image.Dither.NONE)
+        colors=PANEL, method=Image.Quantize.MAXCOVERAGE, dither=Image.Dither.NONE)
     colours = quantised.getpalette()[: PANEL * 3]
     colours += [0] * (PANEL * 3 - len(colours))
     palette = colours + list(rgba(panel)[:3]) + [255, 0, 255]
@@ -746,13 +970,13 @@ def to_palette(frames, panel):
     return out
 
 
-def draw_animation(s):
+def draw_animation(s, browser):
     """The frames of one loop in palette colours, and their durations in ms."""
-    base = draw_window(s)
-    icons = draw_enabled_icons()
+    base = browser.draw_page(s)
+    icon = draw_enabled_icon(browser)
     frames, durations = [], []
-    for state, duration in timeline():
-        frames.append(render_frame(s, base, icons, state))
+    for state, duration in timeline(browser):
+        frames.append(render_frame(s, browser, base, icon, state))
         durations.append(duration)
     indexed, lengths = [], []
     for frame, duration in zip(to_palette(frames, s.panel), durations):
@@ -818,12 +1042,12 @@ def main():
             draw(k).save(path, optimize=True)
             print(path)
 
-    animations = {"EnableLexmiraAnimationLight": LIGHT, "EnableLexmiraAnimationDark": DARK}
-    for name, scheme in animations.items():
-        frames, durations = draw_animation(scheme)
-        path = os.path.join(out, f"{name}.gif")
-        save_gif(path, frames, durations)
-        print(path)
+    for browser_name, browser in (("Chromium", CHROMIUM), ("Firefox", FIREFOX)):
+        for appearance, scheme in (("Light", LIGHT), ("Dark", DARK)):
+            frames, durations = draw_animation(scheme, browser)
+            path = os.path.join(out, f"EnableLexmiraAnimation{appearance}{browser_name}.gif")
+            save_gif(path, frames, durations)
+            print(path)
 
 
 if __name__ == "__main__":
