@@ -11,9 +11,15 @@
 
 namespace {
 
-const QString reminderTitle = QStringLiteral("Lexmira is disabled");
-const QString reminderText = QStringLiteral("Click Open to enable it in Safari settings");
-const QString reminderAction = QStringLiteral("Open");
+// The reminder's texts in English, translated when it is shown.
+//: The reminder notification's title.
+const char* const reminderTitle = QT_TRANSLATE_NOOP("EnableExtensionNotification", "Lexmira is disabled");
+//: The reminder notification's text. "Open" is its button; "Safari" is replaced by the name of the
+//: browser the extension runs in, so keep the word "Safari" where that name goes.
+const char* const reminderText =
+    QT_TRANSLATE_NOOP("EnableExtensionNotification", "Click Open to enable it in Safari settings");
+//: The reminder notification's button: it opens the extension's settings.
+const char* const reminderAction = QT_TRANSLATE_NOOP("EnableExtensionNotification", "Open");
 
 } // namespace
 
@@ -52,8 +58,9 @@ void EnableExtensionNotification::remind()
         FutureFunc::onMain([self, browserName = std::move(browserName)] {
             if (!self)
                 return;
-            self->notifications_.deliver(
-                {reminderTitle, BrowserName::in(reminderText, browserName), reminderAction, true});
+            self->notifications_.deliver({tr(reminderTitle),
+                                          BrowserName::in(tr(reminderText), browserName),
+                                          tr(reminderAction), true});
         });
     });
 }

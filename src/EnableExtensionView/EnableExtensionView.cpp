@@ -19,18 +19,43 @@
 
 namespace {
 
-// The panels' texts, exactly as the product writes them.
-const QString enabledTitle = QStringLiteral("You\u2019re all set! ");
-const QString enabledBodyText = QStringLiteral(
-    "If you don\u2019t see Lexmira in your \nSafari toolbar, try restarting Safari.");
-const QString openSafariTitle = QStringLiteral("Ok, got it");
-const QString stepNumbers = QStringLiteral("1\n2");
-const QString stepDots = QStringLiteral(".\n.");
-const QString steps = QStringLiteral("Open settings\nClick checkbox\n");
-const QString stepsTail = QStringLiteral("\n\nto grant permission ");
-const QString openSettingsTitle = QStringLiteral("Open settings to enable Lexmira");
-const QString openingTitle = QStringLiteral("Opening...");
-const QString openSafariFailure = QStringLiteral("Could not open Safari");
+// The panels' texts, exactly as the product writes them in English; each is translated where it
+// is shown. Translations must fit the same boxes: the layout does not grow with them.
+//: The enabled panel's title. The trailing blank keeps the check mark that follows at its place.
+const char* const enabledTitle = QT_TRANSLATE_NOOP("EnableExtensionView", "You’re all set! ");
+//: The enabled panel's text, two lines. "Safari" stands for the browser the extension runs in and
+//: is replaced by its name ("Chromium", "Firefox", ...); keep the word "Safari" where that name goes.
+const char* const enabledBodyText = QT_TRANSLATE_NOOP(
+    "EnableExtensionView", "If you don’t see Lexmira in your \nSafari toolbar, try restarting Safari.");
+//: The enabled panel's button, 96 pixels wide: it hands the user over to the browser.
+const char* const openSafariTitle = QT_TRANSLATE_NOOP("EnableExtensionView", "Ok, got it");
+//: The numbers of the two steps, one per line, drawn in a column of their own.
+const char* const stepNumbers = QT_TRANSLATE_NOOP("EnableExtensionView", "1\n2");
+//: The full stops after the step numbers, one per line.
+const char* const stepDots = QT_TRANSLATE_NOOP("EnableExtensionView", ".\n.");
+//: The two steps, one per line; the third line is continued by the next text. Each line must stay
+//: narrower than about 230 pixels in the 24-pixel bold font.
+const char* const steps = QT_TRANSLATE_NOOP("EnableExtensionView", "Open settings\nClick checkbox\n");
+//: The third line of the steps, below "Click checkbox" (the two line breaks skip the steps).
+const char* const stepsTail = QT_TRANSLATE_NOOP("EnableExtensionView", "\n\nto grant permission ");
+//: What a screen reader reads for the steps: one sentence, in order.
+const char* const stepsSpoken =
+    QT_TRANSLATE_NOOP("EnableExtensionView", "1. Open settings. 2. Click checkbox to grant permission.");
+//: The disabled panel's button, 244 pixels wide: it opens the browser's settings page for the
+//: extension.
+const char* const openSettingsTitle =
+    QT_TRANSLATE_NOOP("EnableExtensionView", "Open settings to enable Lexmira");
+//: The settings button's title while the settings page is being opened.
+const char* const openingTitle = QT_TRANSLATE_NOOP("EnableExtensionView", "Opening...");
+//: An alert's title. "Safari" is replaced by the name of the browser the extension runs in.
+const char* const openSafariFailure = QT_TRANSLATE_NOOP("EnableExtensionView", "Could not open Safari");
+//: The one button of an alert.
+const char* const okTitle = QT_TRANSLATE_NOOP("EnableExtensionView", "OK");
+//: Spoken names of the panels' images.
+const char* const markName = QT_TRANSLATE_NOOP("EnableExtensionView", "Lexmira");
+const char* const doneName = QT_TRANSLATE_NOOP("EnableExtensionView", "Done");
+const char* const warningName = QT_TRANSLATE_NOOP("EnableExtensionView", "Warning");
+const char* const animationName = QT_TRANSLATE_NOOP("EnableExtensionView", "How to enable Lexmira");
 constexpr auto openSafariLogPrefix = "Could not open Safari: ";
 constexpr auto stateLogPrefix = "Could not get extension state: ";
 constexpr auto stateNilResult = "Could not get extension state: nil result";
@@ -68,7 +93,7 @@ EnableExtensionView::EnableExtensionView(Dependencies dependencies, QWidget* par
     , deps_(std::move(dependencies))
 {
     setFixedSize(width, height);
-    setAccessibleName(QStringLiteral("Lexmira"));
+    setAccessibleName(tr(markName));
     connect(&deps_.appearance, &Appearance::changed, this,
             &EnableExtensionView::interfaceModeChanged);
     buildContent();
@@ -115,22 +140,22 @@ void EnableExtensionView::buildExtensionEnabledPanel(QWidget* panel)
 
     auto* mark = new QLabel(panel);
     mark->setPixmap(deps_.artwork.image(QStringLiteral("LexmiraMark"), {56, 56}, ratio));
-    mark->setAccessibleName(QStringLiteral("Lexmira"));
+    mark->setAccessibleName(tr(markName));
     mark->setGeometry(leftMargin, 72, 56, 56);
 
     auto* heading =
-        new TextView(enabledTitle, title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
+        new TextView(tr(enabledTitle), title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
     heading->move(mark->x(), mark->geometry().bottom() + 1 + 32);
 
     auto* done = new QLabel(panel);
     done->setPixmap(deps_.artwork.image(QStringLiteral("DoneMark"), {32, 32}, ratio));
-    done->setAccessibleName(QStringLiteral("Done"));
+    done->setAccessibleName(tr(doneName));
     done->setGeometry(heading->geometry().right() + 1, mark->geometry().bottom() + 1 + 32, 32, 32);
 
     showEnabledBody(panel, {heading->x(), heading->geometry().bottom() + 1 + 22});
 
     openSafariButton_ =
-        new FlatButton(openSafariTitle, openSafariButtonWidth, colorScheme_->button, panel);
+        new FlatButton(tr(openSafariTitle), openSafariButtonWidth, colorScheme_->button, panel);
     openSafariButton_->move(heading->x(), enabledBody_->geometry().bottom() + 1 + 34);
     connect(openSafariButton_, &QPushButton::clicked, this, &EnableExtensionView::openSafari);
 }
@@ -142,28 +167,27 @@ void EnableExtensionView::buildEnableExtensionPanel(QWidget* panel)
 
     auto* warning = new QLabel(panel);
     warning->setPixmap(deps_.artwork.image(colorScheme_->warningMarkImage, {46, 41}, ratio));
-    warning->setAccessibleName(QStringLiteral("Warning"));
+    warning->setAccessibleName(tr(warningName));
     warning->setGeometry(leftMargin, 71, 46, 41);
 
     const int stepsTop = warning->geometry().bottom() + 1 + 47;
     auto* numbers =
-        new TextView(stepNumbers, title, colorScheme_->text, 4.0, Qt::AlignHCenter, panel);
+        new TextView(tr(stepNumbers), title, colorScheme_->text, 4.0, Qt::AlignHCenter, panel);
     numbers->move(warning->x(), stepsTop);
-    auto* dots = new TextView(stepDots, title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
+    auto* dots = new TextView(tr(stepDots), title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
     dots->move(numbers->geometry().right() + 1 - 10, stepsTop);
-    auto* stepText = new TextView(steps, title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
+    auto* stepText = new TextView(tr(steps), title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
     stepText->move(dots->geometry().right() + 1 - 6, stepsTop);
-    auto* tail = new TextView(stepsTail, title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
+    auto* tail = new TextView(tr(stepsTail), title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
     tail->move(stepText->x() + 2, stepsTop);
     // A screen reader reads the steps once, in order; the pieces are only drawn.
     for (QWidget* piece :
          {static_cast<QWidget*>(numbers), static_cast<QWidget*>(dots), static_cast<QWidget*>(tail)})
         piece->setAccessibleName(QString());
-    stepText->setAccessibleName(
-        QStringLiteral("1. Open settings. 2. Click checkbox to grant permission."));
+    stepText->setAccessibleName(tr(stepsSpoken));
 
     openSafariExtensionPreferencesButton_ =
-        new FlatButton(openSettingsTitle, openSettingsButtonWidth, colorScheme_->button, panel);
+        new FlatButton(tr(openSettingsTitle), openSettingsButtonWidth, colorScheme_->button, panel);
     openSafariExtensionPreferencesButton_->move(warning->x(),
                                                 stepText->geometry().bottom() + 1 + 41);
     connect(openSafariExtensionPreferencesButton_, &QPushButton::clicked, this,
@@ -178,7 +202,7 @@ void EnableExtensionView::showEnabledBody(QWidget* panel, QPoint topLeft)
     if (enabledBody_ && enabledBody_->parentWidget() == panel)
         delete enabledBody_;
     enabledBody_ =
-        new TextView(BrowserName::in(enabledBodyText, browserName_), systemFont(16, QFont::Light),
+        new TextView(BrowserName::in(tr(enabledBodyText), browserName_), systemFont(16, QFont::Light),
                      colorScheme_->text, 3.0, Qt::AlignLeft, panel);
     enabledBody_->move(topLeft);
     enabledBody_->show();
@@ -202,7 +226,7 @@ void EnableExtensionView::showAnimation(QWidget* panel)
     }
     const QSize shown = (QSizeF(natural) * animationScale).toSize();
     movie->setScaledSize(shown * devicePixelRatioF());
-    player->setAccessibleName(QStringLiteral("How to enable Lexmira"));
+    player->setAccessibleName(tr(animationName));
     player->setScaledContents(true);
     player->setMovie(movie);
     player->setGeometry(panel->width() - shown.width(), panel->height() - shown.height(),
@@ -310,10 +334,10 @@ void EnableExtensionView::openSafari()
                 view->deps_.terminate();
                 return;
             }
-            view->deps_.alerts.runModal({BrowserName::in(openSafariFailure, view->browserName_),
+            view->deps_.alerts.runModal({BrowserName::in(tr(openSafariFailure), view->browserName_),
                                          error->localizedDescription,
                                          Alert::Style::critical,
-                                         {QStringLiteral("OK")}});
+                                         {tr(okTitle)}});
             if (button)
                 button->setEnabled(true);
             view->deps_.skrivo.log(CompanionLogger::openSafari, LogLevel::error,
@@ -338,7 +362,7 @@ void EnableExtensionView::setSettingsButtonBusy(FlatButton& button, const ColorS
 {
     button.setEnabled(!busy);
     if (busy)
-        button.setLook(openingTitle, scheme.disableButton, scheme.disableButtonBorder, 1);
+        button.setLook(tr(openingTitle), scheme.disableButton, scheme.disableButtonBorder, 1);
     else
-        button.setLook(openSettingsTitle, scheme.button, scheme.disableButtonBorder, 0);
+        button.setLook(tr(openSettingsTitle), scheme.button, scheme.disableButtonBorder, 0);
 }

@@ -4,9 +4,20 @@
 #include "platform/ExtensionBridge.h"
 #include "util/FutureFunc.h"
 
+#include <QCoreApplication>
+
 namespace {
 
-const QString failureMessage = QStringLiteral("Could not open extensions settings");
+//: An alert's title, when the browser's settings page for the extension cannot be opened.
+const char* const failureMessage =
+    QT_TRANSLATE_NOOP("ExtensionPreferences", "Could not open extensions settings");
+//: The one button of an alert.
+const char* const okTitle = QT_TRANSLATE_NOOP("ExtensionPreferences", "OK");
+
+QString translated(const char* text)
+{
+    return QCoreApplication::translate("ExtensionPreferences", text);
+}
 constexpr auto failureLogPrefix = "Could not open extensions settings: ";
 
 } // namespace
@@ -26,10 +37,10 @@ void ExtensionPreferences::open(std::function<void()> completed)
                                                       std::optional<ExtensionError> error) {
         FutureFunc::onMain([this, completed, error] {
             if (error) {
-                alerts_.runModal({failureMessage,
+                alerts_.runModal({translated(failureMessage),
                                   error->localizedDescription,
                                   Alert::Style::critical,
-                                  {QStringLiteral("OK")}});
+                                  {translated(okTitle)}});
                 skrivo_.log(CompanionLogger::openExtensionsSettings, LogLevel::error,
                             failureLogPrefix + error->localizedDescription.toStdString());
             }

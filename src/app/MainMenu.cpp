@@ -23,22 +23,22 @@ MainMenu::MainMenu(const QString& appName)
         return item;
     };
 
-    add(applicationMenu_, QStringLiteral("About ") + appName, &application,
+    add(applicationMenu_, tr("About %1").arg(appName), &application,
         &Application::orderFrontStandardAboutPanel);
     applicationMenu_->addSeparator();
-    add(applicationMenu_, QStringLiteral("Quit ") + appName, &application, &Application::terminate,
+    add(applicationMenu_, tr("Quit %1").arg(appName), &application, &Application::terminate,
         QKeySequence(Qt::CTRL | Qt::Key_Q));
 
-    add(fileMenu_, QStringLiteral("Open\u2026"), this, &MainMenu::open,
+    add(fileMenu_, tr("Open…"), this, &MainMenu::open,
         QKeySequence(Qt::CTRL | Qt::Key_O));
     fileMenu_->addSeparator();
-    add(fileMenu_, QStringLiteral("Close"), &application, &Application::performClose,
+    add(fileMenu_, tr("Close"), &application, &Application::performClose,
         QKeySequence(Qt::CTRL | Qt::Key_W));
 
-    add(windowMenu_, QStringLiteral("Minimize"), &application, &Application::performMiniaturize,
+    add(windowMenu_, tr("Minimize"), &application, &Application::performMiniaturize,
         QKeySequence(Qt::CTRL | Qt::Key_M));
     windowMenu_->addSeparator();
-    add(windowMenu_, QStringLiteral("Bring All to Front"), &application,
+    add(windowMenu_, tr("Bring All to Front"), &application,
         &Application::arrangeInFront);
 
     application.setWindowsMenu(windowMenu_);

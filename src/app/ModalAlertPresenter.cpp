@@ -2,6 +2,7 @@
 
 #include "util/Json.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QMessageBox>
 #include <QPushButton>
@@ -53,7 +54,10 @@ int ModalAlertPresenter::runModal(const Alert& alert)
     box.setInformativeText(alert.informativeText);
     // Like the Mac's alert: no button given means one "OK"; the first button is the default.
     const QStringList titles =
-        alert.buttons.isEmpty() ? QStringList{QStringLiteral("OK")} : alert.buttons;
+        alert.buttons.isEmpty()
+            //: The button of an alert that names none.
+            ? QStringList{QCoreApplication::translate("ModalAlertPresenter", "OK")}
+            : alert.buttons;
     QList<QAbstractButton*> buttons;
     for (const QString& title : titles)
         buttons << box.addButton(title, QMessageBox::AcceptRole);

@@ -8,6 +8,8 @@
 #include "platform/SingleInstance.h"
 
 #include <QIcon>
+#include <QLocale>
+#include <QTranslator>
 
 #include <cstdio>
 
@@ -21,6 +23,18 @@ QStringList argumentList(int argc, char** argv)
     for (int i = 0; i < argc; ++i)
         arguments << QString::fromLocal8Bit(argv[i]);
     return arguments;
+}
+
+// The user's language when the bundle has a translation for it; the texts as written (English)
+// otherwise.
+void installTranslation(QCoreApplication& application, const QString& bundleDirectory)
+{
+    auto* translator = new QTranslator(&application);
+    if (translator->load(QLocale(), QStringLiteral("lexmira"), QStringLiteral("_"),
+                         bundleDirectory + QStringLiteral("/translations")))
+        QCoreApplication::installTranslator(translator);
+    else
+        delete translator;
 }
 
 void print(std::FILE* stream, const QString& text)
@@ -49,6 +63,7 @@ int main(int argc, char** argv)
     }
 
     Application application(argc, argv);
+    installTranslation(application, mainBundleDirectory());
     application.setDesktopFileName(applicationId);
     if (const auto icon =
             mainBundle.pathForResource(QStringLiteral("AppIcon"), QStringLiteral("svg")))

@@ -8,6 +8,8 @@
 #include "shared/SharedData.h"
 #include "util/FutureFunc.h"
 
+#include <QCoreApplication>
+
 #include <utility>
 
 OAuth::OAuth(bool shouldAutoOpenLoginTab, Skrivo skrivo, std::string extensionBundleIdentifier,
@@ -73,12 +75,29 @@ void OAuth::oauthOpenLoginTab(std::function<void(bool delivered)> completion)
                          });
 }
 
+namespace {
+
+// The failure alert's texts in English, translated when it is shown.
+//: The title of the alert shown when the sign-in cannot be handed to the extension.
+const char* const failureTitle = QT_TRANSLATE_NOOP("OAuth", "Lexmira encountered a problem");
+//: The alert's text. "Safari" is replaced by the name of the browser the extension runs in, so
+//: keep the word "Safari" where that name goes.
+const char* const failureText =
+    QT_TRANSLATE_NOOP("OAuth", "Please open Safari to continue using Lexmira.");
+//: The one button of an alert.
+const char* const okTitle = QT_TRANSLATE_NOOP("OAuth", "OK");
+
+QString translated(const char* text)
+{
+    return QCoreApplication::translate("OAuth", text);
+}
+
+} // namespace
+
 void OAuth::showFailureAlert(const QString& browserName)
 {
-    alerts_.runModal(
-        Alert{QStringLiteral("Lexmira encountered a problem"),
-              BrowserName::in(QStringLiteral("Please open Safari to continue using Lexmira."),
-                              browserName),
-              Alert::Style::critical,
-              {QStringLiteral("OK")}});
+    alerts_.runModal(Alert{translated(failureTitle),
+                           BrowserName::in(translated(failureText), browserName),
+                           Alert::Style::critical,
+                           {translated(okTitle)}});
 }

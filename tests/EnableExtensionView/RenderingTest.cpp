@@ -1,9 +1,12 @@
 #include "EnableExtensionView/TextView.h"
 #include "ViewFixture.h"
 
+#include <QCoreApplication>
 #include <QGuiApplication>
+#include <QLocale>
 #include <QMovie>
 #include <QScreen>
+#include <QTranslator>
 #include <QWindow>
 
 namespace {
@@ -11,14 +14,9 @@ namespace {
 using namespace std::chrono_literals;
 using test::ViewFixture;
 
-// The view on a real X display, read back from the X server: light or dark, enabled or not, with
-// the browser the extension's side reports ("" for none).
-class Rendering : public ViewFixture,
-                  public ::testing::WithParamInterface<std::tuple<bool, bool, const char*>> {
+// The view on a real X display, read back from the X server.
+class RenderingFixture : public ViewFixture {
 protected:
-    bool dark() const { return std::get<0>(GetParam()); }
-    bool enabled() const { return std::get<1>(GetParam()); }
-    QString browser() const { return QString::fromUtf8(std::get<2>(GetParam())); }
 
     QImage shoot(QWidget& view)
     {
@@ -60,6 +58,40 @@ protected:
                 ink += !near(QColor(image.pixel(x, y)), background, 24);
         return ink;
     }
+
+    // Every image holds a picture; every text is drawn inside its own box, and no text runs
+    // under an image, the animation or the button.
+    static void expectTextsInPlace(QWidget* panel, const QImage& image, const QColor& background)
+    {
+        const auto children = panel->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+        for (QLabel* label : panel->findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly)) {
+            const QRect box = label->geometry();
+            auto* text = qobject_cast<TextView*>(label);
+            if (!text) {
+                EXPECT_GT(inkIn(image, box, background), box.width() * box.height() / 8);
+                continue;
+            }
+            EXPECT_GT(inkIn(image, box, background), 10) << text->text().toStdString();
+            EXPECT_TRUE(panel->rect().contains(box)) << text->text().toStdString();
+            const QRect glyphs = inkBounds(*text).translated(box.topLeft());
+            for (QWidget* other : children) {
+                if (!qobject_cast<TextView*>(other)) {
+                    EXPECT_FALSE(glyphs.intersects(other->geometry()))
+                        << text->text().toStdString() << " runs under "
+                        << other->metaObject()->className();
+                }
+            }
+        }
+    }
+};
+
+// Light or dark, enabled or not, with the browser the extension's side reports ("" for none).
+class Rendering : public RenderingFixture,
+                  public ::testing::WithParamInterface<std::tuple<bool, bool, const char*>> {
+protected:
+    bool dark() const { return std::get<0>(GetParam()); }
+    bool enabled() const { return std::get<1>(GetParam()); }
+    QString browser() const { return QString::fromUtf8(std::get<2>(GetParam())); }
 };
 
 TEST_P(Rendering, PanelButtonsImagesAndTexts)
@@ -99,27 +131,7 @@ TEST_P(Rendering, PanelButtonsImagesAndTexts)
             light += at(image, {x, y}).lightness() > 200;
     EXPECT_GT(light, 40);
 
-    // Every image holds a picture; every text is drawn inside its own box, and no text runs
-    // under an image, the animation or the button.
-    const auto children = panel->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
-    for (QLabel* label : panel->findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly)) {
-        const QRect box = label->geometry();
-        auto* text = qobject_cast<TextView*>(label);
-        if (!text) {
-            EXPECT_GT(inkIn(image, box, scheme.panel), box.width() * box.height() / 8);
-            continue;
-        }
-        EXPECT_GT(inkIn(image, box, scheme.panel), 10) << text->text().toStdString();
-        EXPECT_TRUE(panel->rect().contains(box)) << text->text().toStdString();
-        const QRect glyphs = inkBounds(*text).translated(box.topLeft());
-        for (QWidget* other : children) {
-            if (!qobject_cast<TextView*>(other)) {
-                EXPECT_FALSE(glyphs.intersects(other->geometry()))
-                    << text->text().toStdString() << " runs under "
-                    << other->metaObject()->className();
-            }
-        }
-    }
+    expectTextsInPlace(panel, image, scheme.panel);
 }
 
 TEST_P(Rendering, TheBrowserInUseIsNamedAndShown)
@@ -185,6 +197,118 @@ INSTANTIATE_TEST_SUITE_P(BothPanelsInBothAppearancesForEachBrowser, Rendering,
                              return std::string(std::get<0>(info.param) ? "Dark" : "Light") +
                                     (std::get<1>(info.param) ? "Enabled" : "Disabled") +
                                     (browser.empty() ? "NoBrowserNamed" : browser);
+                         });
+
+// The panels in German, as a German-speaking user sees them: every text is translated, fits its
+// place, and the step numbers still stand on the lines of their steps.
+class GermanRendering : public RenderingFixture,
+                        public ::testing::WithParamInterface<std::tuple<bool, bool>> {
+protected:
+    bool dark() const { return std::get<0>(GetParam()); }
+    bool enabled() const { return std::get<1>(GetParam()); }
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(translator.load(QLocale(QLocale::German, QLocale::Germany),
+                                    QStringLiteral("lexmira"), QStringLiteral("_"),
+                                    test::builtBundleDir() + QStringLiteral("/translations")));
+        QCoreApplication::installTranslator(&translator);
+    }
+    void TearDown() override { QCoreApplication::removeTranslator(&translator); }
+
+    // The rows where a text view draws, grouped into its lines: [first, last] of each band of
+    // rows with ink, in its own coordinates.
+    static std::vector<std::pair<int, int>> inkLines(QWidget& text)
+    {
+        const QImage alone = text.grab().toImage().convertToFormat(QImage::Format_ARGB32);
+        std::vector<std::pair<int, int>> lines;
+        bool inLine = false;
+        for (int y = 0; y < alone.height(); ++y) {
+            bool ink = false;
+            for (int x = 0; x < alone.width() && !ink; ++x)
+                ink = qAlpha(alone.pixel(x, y)) > 0;
+            if (ink && !inLine)
+                lines.push_back({y, y});
+            if (ink)
+                lines.back().second = y;
+            inLine = ink;
+        }
+        const qreal ratio = text.devicePixelRatio();
+        for (auto& [first, last] : lines) {
+            first = int(first / ratio);
+            last = int(last / ratio);
+        }
+        return lines;
+    }
+
+    QTranslator translator;
+};
+
+TEST_P(GermanRendering, EveryTextIsTranslatedAndFitsItsPlace)
+{
+    appearance.setDark(dark());
+    bridge.enabled = enabled();
+    bridge.browserName = QStringLiteral("Chromium");
+    sharedData->userInfo.setValue(UserInfo{"u", false, false, "c"});
+    const auto view = makeView();
+    view->show();
+    QWidget* panel = enabled() ? view->extensionEnabledPanel() : view->enableExtensionPanel();
+    ASSERT_TRUE(test::waitUntil([&] {
+        return !panel->isHidden() && view->browserName() == QLatin1String("Chromium");
+    }));
+    const QImage image = shoot(*view);
+    const ColorScheme scheme = dark() ? ColorScheme::dark() : ColorScheme::light();
+
+    std::vector<QString> texts;
+    for (TextView* text : panel->findChildren<TextView*>())
+        texts.push_back(text->text());
+    FlatButton* button =
+        enabled() ? view->openSafariButton() : view->openSafariExtensionPreferencesButton();
+    if (enabled()) {
+        EXPECT_EQ(texts, (std::vector<QString>{
+                             QStringLiteral("Alles bereit! "),
+                             QStringLiteral("Wenn du Lexmira nicht in der Symbolleiste \nvon "
+                                            "Chromium siehst, starte Chromium neu.")}));
+        EXPECT_EQ(button->text(), QStringLiteral("Verstanden"));
+    } else {
+        EXPECT_EQ(texts, (std::vector<QString>{QStringLiteral("1\n2"), QStringLiteral(".\n."),
+                                               QStringLiteral("Öffne Einstellungen\nSetze das "
+                                                              "Häkchen\n"),
+                                               QStringLiteral("\n\nzur Freigabe ")}));
+        EXPECT_EQ(button->text(), QStringLiteral("Zum Aktivieren Einstellungen öffnen"));
+    }
+    expectTextsInPlace(panel, image, scheme.panel);
+
+    // The title stays inside the button, with room to spare on each side.
+    const int titleWidth = button->fontMetrics().horizontalAdvance(button->text());
+    EXPECT_LE(titleWidth, button->width() - 2 * 8) << button->text().toStdString();
+
+    if (enabled())
+        return;
+    // The steps: the numbers, their dots and both step lines share their lines.
+    const auto pieces = panel->findChildren<TextView*>();
+    ASSERT_EQ(pieces.size(), 4);
+    for (TextView* piece : pieces)
+        EXPECT_EQ(piece->y(), pieces.front()->y()) << piece->text().toStdString();
+    const auto numbers = inkLines(*pieces[0]);
+    const auto steps = inkLines(*pieces[2]);
+    const auto tail = inkLines(*pieces[3]);
+    ASSERT_EQ(numbers.size(), 2u);
+    ASSERT_EQ(steps.size(), 2u);
+    ASSERT_EQ(tail.size(), 1u);
+    for (std::size_t line = 0; line < 2; ++line) {
+        // Digits sit on the baseline of their step; the step's own ink reaches above and below.
+        EXPECT_LE(steps[line].first, numbers[line].first) << "line " << line;
+        EXPECT_GE(steps[line].second, numbers[line].second - 1) << "line " << line;
+    }
+    EXPECT_GT(tail.front().first, steps[1].second) << "the tail is the third line";
+}
+
+INSTANTIATE_TEST_SUITE_P(BothPanelsInBothAppearances, GermanRendering,
+                         ::testing::Combine(::testing::Bool(), ::testing::Bool()),
+                         [](const auto& info) {
+                             return std::string(std::get<0>(info.param) ? "Dark" : "Light") +
+                                    (std::get<1>(info.param) ? "Enabled" : "Disabled");
                          });
 
 } // namespace

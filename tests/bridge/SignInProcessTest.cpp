@@ -75,8 +75,20 @@ protected:
         environment.insert(QStringLiteral("LEXMIRA_WEB_ORIGIN"),
                            QStringLiteral("https://www.lexmira.test"));
         environment.insert(QStringLiteral("LEXMIRA_EXTRA_CA_FILE"), HttpsTestServer::caFile());
+        if (!language.isEmpty()) {
+            environment.insert(QStringLiteral("LANGUAGE"), language);
+            environment.insert(QStringLiteral("LANG"), language + QStringLiteral(".UTF-8"));
+            environment.remove(QStringLiteral("LC_ALL"));
+            environment.remove(QStringLiteral("LC_MESSAGES"));
+        }
         return environment;
     }
+
+    // Every alert recorded so far, as the application wrote it.
+    std::vector<nlohmann::ordered_json> allAlerts() const { return jsonLines(alertFile()); }
+
+    // The user's language for the application ("de_DE"); empty keeps the test session's.
+    QString language;
 
     std::unique_ptr<DevExtensionPeer> startPeer(const QStringList& options = {}) const
     {
@@ -251,6 +263,41 @@ TEST_F(SignInProcess, AnAbsentExtensionCausesExactlyOneAlertAndOneLogRecord)
     EXPECT_EQ(stored(QStringLiteral("message.oauthExchangeMessage")),
               QByteArray(R"([{"code":"4\/P7q-xZ","codeChallenge":")") + callbackChallenge.c_str() +
                   "\"}]");
+}
+
+TEST_F(SignInProcess, TheFailureAlertNamesTheBrowserTheExtensionRunsIn)
+{
+    const auto peer =
+        startPeer({QStringLiteral("--fail-every-dispatch"), QStringLiteral("Not ready"),
+                   QStringLiteral("--browser-name"), QStringLiteral("Firefox")});
+    const auto instance = startInstance();
+    launchWith(callback);
+    ASSERT_TRUE(test::waitUntil([&] { return !failureAlerts().empty(); }, 20s));
+    EXPECT_EQ(Json::encode(failureAlerts().front()),
+              QByteArray(R"({"messageText":"Lexmira encountered a problem",)"
+                         R"("informativeText":"Please open Firefox to continue using Lexmira.",)"
+                         R"("style":"critical","buttons":["OK"]})"));
+}
+
+TEST_F(SignInProcess, TheFailureAlertSpeaksTheUsersLanguage)
+{
+    language = QStringLiteral("de_DE");
+    const auto peer =
+        startPeer({QStringLiteral("--fail-every-dispatch"), QStringLiteral("Nicht bereit"),
+                   QStringLiteral("--browser-name"), QStringLiteral("Chromium")});
+    const auto instance = startInstance();
+    launchWith(callback);
+    ASSERT_TRUE(test::waitUntil([&] { return !allAlerts().empty(); }, 20s));
+    test::spin(500ms);
+    const auto alerts = allAlerts();
+    ASSERT_EQ(alerts.size(), 1u);
+    EXPECT_EQ(Json::encode(alerts.front()),
+              QByteArray(R"({"messageText":"Bei Lexmira ist ein Problem aufgetreten",)"
+                         R"("informativeText":"Bitte öffne Chromium, um Lexmira weiter zu )"
+                         R"(verwenden.","style":"critical","buttons":["OK"]})"));
+    // The log speaks the system's own words, whatever the user's language.
+    ASSERT_TRUE(test::waitUntil([&] { return !handOffLogRecords().empty(); }, 20s));
+    EXPECT_EQ(handOffLogRecords()[0]["message"], "Could not continue to extension: Nicht bereit");
 }
 
 TEST_F(SignInProcess, ThePeerCanCompleteTheSignInByStoringASignedInUser)
