@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Background of the reference extension: Chromium runs it as a module service worker, Firefox
 // as a module background script. It keeps a connection to the companion's native host and
 // answers the companion's messages.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
+// SPDX-License-Identifier: Apache-2.0
+
 // Settings of the reference extension, all in one place. Tests copy the extension's folder and
 // replace this file.
 export default Object.freeze({

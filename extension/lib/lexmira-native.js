@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
+// SPDX-License-Identifier: Apache-2.0
+
 /**
  * @file The extension's side of the connection to Lexmira Companion's native host.
  *

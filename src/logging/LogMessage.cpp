@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
+// SPDX-License-Identifier: Apache-2.0
+
 #include "logging/LogMessage.h"
 
 void to_json(nlohmann::ordered_json& json, const LogMessage& message)

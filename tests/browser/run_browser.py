@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
+# SPDX-License-Identifier: Apache-2.0
+
 """Runs Chromium or Firefox headless with a throwaway profile and an unpacked extension.
 
 End-to-end tests use it to put a real browser, with the reference extension (or any other)

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
+// SPDX-License-Identifier: Apache-2.0
+
 // A second (and third) process for the shared-suite tests. It opens the application group's suite
 // under the XDG_CONFIG_HOME it is given and, by its first argument:
 //   write-user-info <userId> <containerId> [observe]

@@ -1,4 +1,7 @@
 #!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
+# SPDX-License-Identifier: Apache-2.0
+
 """Draws the onboarding artwork of the companion window into bundle/artwork/.
 
     /usr/bin/python3 tools/artwork/make_artwork.py [output-directory]

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
+// SPDX-License-Identifier: Apache-2.0
+
 // lexmira-dev-extension: a development stand-in for the browser extension's native side, so the
 // companion's whole flow runs on a machine without a browser. See --help.
 
