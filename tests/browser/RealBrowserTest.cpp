@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
+// SPDX-License-Identifier: Apache-2.0
+
 // The whole flow with a real browser as the extension's side: Debian's Chromium and Firefox ESR,
 // headless, with the reference extension in a throwaway profile, the extension host registered
 // for them, and the companion on the test session's display. What the user would see is read
