@@ -4,6 +4,7 @@
 #include "app/Application.h"
 
 #include "app/AboutPanel.h"
+#include "platform/WindowSystem.h"
 #include "util/FatalError.h"
 
 #include <QAction>
@@ -128,15 +129,38 @@ void Application::deliverPendingUrls()
     });
 }
 
-void Application::reopen()
+void Application::reopen(const LaunchActivation& launch)
 {
-    if (!delegate_)
-        return;
-    const QWidgetList windows = topLevelWidgets();
-    const bool hasVisibleWindows = std::any_of(windows.begin(), windows.end(), [](QWidget* w) {
-        return w->isWindow() && w->isVisible() && !w->isMinimized() && !qobject_cast<QMenu*>(w);
-    });
-    delegate_->applicationShouldHandleReopen(hasVisibleWindows);
+    if (delegate_) {
+        const QWidgetList windows = topLevelWidgets();
+        const bool hasVisibleWindows = std::any_of(windows.begin(), windows.end(), [](QWidget* w) {
+            return w->isWindow() && w->isVisible() && !w->isMinimized() && !qobject_cast<QMenu*>(w);
+        });
+        delegate_->applicationShouldHandleReopen(hasVisibleWindows);
+    }
+    activate(launch);
+}
+
+void Application::activate(const LaunchActivation& launch)
+{
+    arrangeInFront();
+    if (QWidget* window = windowToActivate())
+        bringWindowToFront(window, launch);
+    else
+        endLaunchFeedback(launch);
+}
+
+QWidget* Application::windowToActivate() const
+{
+    if (QWidget* window = activeWindow(); window && window->isVisible())
+        return window;
+    if (!windowsMenu_)
+        return nullptr;
+    const auto items = windowsMenu_->actions();
+    for (QAction* item : items)
+        if (QWidget* window = windowsItems_.key(item); window && window->isVisible())
+            return window;
+    return nullptr;
 }
 
 int Application::run()

@@ -5,6 +5,7 @@
 
 #include "app/ApplicationDelegate.h"
 #include "platform/GetUrlHandler.h"
+#include "platform/LaunchActivation.h"
 
 #include <QApplication>
 #include <QHash>
@@ -48,8 +49,14 @@ public:
     // Queues URLs for the handler. Each is delivered from the event loop, in order.
     void openUrls(const QStringList& urls);
 
-    // Another launch asked for the application: hands the request to the delegate.
-    void reopen();
+    // Another launch asked for the application: hands the request to the delegate, then brings
+    // the application to the front with launch.
+    void reopen(const LaunchActivation& launch = {});
+
+    // Brings the application's visible windows to the front, and gives the focus to the one the
+    // user had last (the active window, or else the first in the Windows menu) with launch.
+    // Ends the launch's startup feedback even when no window is visible.
+    void activate(const LaunchActivation& launch);
 
     // will-finish-launching, did-finish-launching, then the event loop. Returns 0 when it ends.
     int run();
@@ -66,6 +73,7 @@ protected:
 
 private:
     void removeWindowsItem(QWidget* window);
+    QWidget* windowToActivate() const;
     void deliverPendingUrls();
 
     QPointer<QMenuBar> mainMenu_;

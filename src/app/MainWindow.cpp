@@ -6,12 +6,19 @@
 #include "EnableExtensionView/EnableExtensionView.h"
 #include "EnableExtensionView/EnableExtensionViewController.h"
 #include "app/Application.h"
+#include "platform/WindowSystem.h"
 
+#include <QGuiApplication>
 #include <QLayout>
+#include <QLoggingCategory>
 #include <QMenuBar>
 #include <QMouseEvent>
 #include <QScreen>
 #include <QWindow>
+
+// When the window system shows the window and when it stops showing it; off unless
+// QT_LOGGING_RULES turns on "lexmira.window.info".
+Q_LOGGING_CATEGORY(lcWindow, "lexmira.window", QtWarningMsg)
 
 MainWindow::MainWindow(const QString& title, std::unique_ptr<EnableExtensionViewController> content)
     : QMainWindow(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
@@ -26,7 +33,9 @@ MainWindow::MainWindow(const QString& title, std::unique_ptr<EnableExtensionView
     // The window takes the size of its content and keeps it.
     layout()->setSizeConstraint(QLayout::SetFixedSize);
     adjustSize();
-    if (const QScreen* screen = this->screen()) {
+    // Centred on the screen where the program places its windows; on Wayland the compositor
+    // places every new window and a move() would do nothing.
+    if (const QScreen* screen = this->screen(); screen && windowSystemPlacesWindows()) {
         QRect frame = frameGeometry();
         frame.moveCenter(screen->availableGeometry().center());
         move(frame.topLeft());
@@ -34,6 +43,30 @@ MainWindow::MainWindow(const QString& title, std::unique_ptr<EnableExtensionView
 }
 
 MainWindow::~MainWindow() = default;
+
+bool MainWindow::event(QEvent* event)
+{
+    // The native window exists from the first show on; its exposure says whether the window
+    // system shows it, which the widget is not told.
+    if (event->type() == QEvent::Show)
+        if (QWindow* handle = windowHandle())
+            handle->installEventFilter(this);
+    return QMainWindow::event(event);
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Expose && watched == windowHandle()) {
+        const bool exposed = windowHandle()->isExposed();
+        if (exposed != exposed_) {
+            exposed_ = exposed;
+            qCInfo(lcWindow).noquote()
+                << "window" << windowTitle() << (exposed ? "shown" : "no longer shown") << "on"
+                << QGuiApplication::platformName();
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
 
 void MainWindow::mousePressEvent(QMouseEvent* event)
 {

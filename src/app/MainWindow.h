@@ -21,8 +21,11 @@ public:
     EnableExtensionViewController& contentViewController() const { return *content_; }
 
 protected:
+    bool event(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
 
 private:
     std::unique_ptr<EnableExtensionViewController> content_;
+    bool exposed_ = false;
 };

@@ -7,6 +7,7 @@
 #include "app/Application.h"
 #include "app/CommandLine.h"
 #include "app/MainMenu.h"
+#include "platform/LaunchActivation.h"
 #include "platform/MainBundle.h"
 #include "platform/SingleInstance.h"
 
@@ -65,6 +66,8 @@ int main(int argc, char** argv)
         break;
     }
 
+    // Taken before the application object connects to the display, which may consume them.
+    const auto launch = LaunchActivation::ofThisProcess();
     Application application(argc, argv);
     installTranslation(application, mainBundleDirectory());
     application.setDesktopFileName(applicationId);
@@ -75,7 +78,7 @@ int main(int argc, char** argv)
     // A launch that finds the instance running hands its request over and does nothing else.
     const auto instance = SingleInstance::create();
     if (instance->claim() == SingleInstance::Role::secondary)
-        return instance->forward(command.url) ? 0 : 1;
+        return instance->forward(command.url, launch) ? 0 : 1;
 
     // The menu's titles are the first use of the environment, so the whole object graph is
     // built here, before the delegate exists.
@@ -86,7 +89,10 @@ int main(int argc, char** argv)
     QObject::connect(instance.get(), &SingleInstance::activateRequested, &application,
                      &Application::reopen);
     QObject::connect(instance.get(), &SingleInstance::openRequested, &application,
-                     &Application::openUrls);
+                     [&application](const QStringList& uris, const LaunchActivation& launch) {
+                         application.activate(launch);
+                         application.openUrls(uris);
+                     });
     if (command.url)
         application.openUrls({*command.url});
 

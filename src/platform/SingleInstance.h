@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "platform/LaunchActivation.h"
+
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -26,16 +28,18 @@ public:
 
     // Claims the instance. Signals are emitted on the main thread, and only for the primary.
     virtual Role claim() = 0;
-    // Secondary only: asks the instance to show itself (no URL) or to open url. Waits for the
-    // answer, since a forwarding process has nothing else to do. Returns false and writes the
-    // reason to stderr when the instance could not be reached.
-    virtual bool forward(const std::optional<QString>& url) = 0;
+    // Secondary only: asks the instance to show itself (no URL) or to open url, handing over
+    // launch so the instance may come to the front. Waits for the answer, since a forwarding
+    // process has nothing else to do. Returns false and writes the reason to stderr when the
+    // instance could not be reached.
+    virtual bool forward(const std::optional<QString>& url, const LaunchActivation& launch) = 0;
 
     static std::unique_ptr<SingleInstance> create();
 
 Q_SIGNALS:
-    // Another launch without a URL: show the window if it is not visible.
-    void activateRequested();
-    // Another launch with URLs, in order.
-    void openRequested(const QStringList& uris);
+    // Another launch without a URL: show the window if it is not visible, and bring it to the
+    // front with launch.
+    void activateRequested(const LaunchActivation& launch);
+    // Another launch with URLs, in order; launch brings the application to the front.
+    void openRequested(const QStringList& uris, const LaunchActivation& launch);
 };

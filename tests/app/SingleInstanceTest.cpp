@@ -9,8 +9,11 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QHash>
 #include <QProcess>
 #include <QSignalSpy>
+
+#include <optional>
 
 namespace {
 
@@ -36,10 +39,16 @@ protected:
 
     // Runs the binary to its end while this process keeps serving the bus.
     static int launch(const QStringList& arguments,
-                      const QString& bundleDir = test::builtBundleDir())
+                      const QString& bundleDir = test::builtBundleDir(),
+                      const QHash<QString, QString>& launcherVariables = {})
     {
         QProcess process;
-        process.setProcessEnvironment(test::childEnvironment(bundleDir));
+        auto environment = test::childEnvironment(bundleDir);
+        environment.remove(QStringLiteral("DESKTOP_STARTUP_ID"));
+        environment.remove(QStringLiteral("XDG_ACTIVATION_TOKEN"));
+        for (auto it = launcherVariables.begin(); it != launcherVariables.end(); ++it)
+            environment.insert(it.key(), it.value());
+        process.setProcessEnvironment(environment);
         process.start(test::companionBinary(), arguments);
         if (!test::waitUntil([&] { return process.state() == QProcess::NotRunning; },
                              std::chrono::seconds(30)))
@@ -48,7 +57,33 @@ protected:
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     }
 
+    // Calls Activate as another process would, with platformData, and waits for the request.
+    std::optional<LaunchActivation> activateWith(const QVariantMap& platformData)
+    {
+        std::optional<LaunchActivation> received;
+        const auto connection =
+            QObject::connect(instance_.get(), &SingleInstance::activateRequested,
+                             [&](const LaunchActivation& launch) { received = launch; });
+        auto call = QDBusMessage::createMethodCall(
+            serviceName, QStringLiteral("/com/lexmira/companion"),
+            QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
+        call << platformData;
+        auto other =
+            QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("launcher"));
+        auto pending = other.asyncCall(call);
+        test::waitUntil([&] { return pending.isFinished() && received.has_value(); });
+        EXPECT_FALSE(pending.isError()) << pending.error().message().toStdString();
+        QDBusConnection::disconnectFromBus(QStringLiteral("launcher"));
+        QObject::disconnect(connection);
+        return received;
+    }
+
     std::unique_ptr<SingleInstance> instance_;
+};
+
+const QHash<QString, QString> launcherVariables{
+    {QStringLiteral("DESKTOP_STARTUP_ID"), QStringLiteral("panel-2041-host-lexmira-0_TIME816")},
+    {QStringLiteral("XDG_ACTIVATION_TOKEN"), QStringLiteral("kx7-activation-token-19")},
 };
 
 TEST_F(SingleInstanceOnTheBus, OwnsTheApplicationName)
@@ -84,6 +119,81 @@ TEST_F(SingleInstanceOnTheBus, LaunchWithoutUrlActivatesAndExitsZero)
     EXPECT_EQ(launch({}), 0);
     ASSERT_TRUE(test::waitUntil([&] { return activated.count() == 1; }));
     EXPECT_EQ(opened.count(), 0);
+}
+
+TEST_F(SingleInstanceOnTheBus, LaunchHandsTheLaunchersTokensToTheInstance)
+{
+    std::optional<LaunchActivation> received;
+    QObject::connect(instance_.get(), &SingleInstance::activateRequested,
+                     [&](const LaunchActivation& launch) { received = launch; });
+    EXPECT_EQ(launch({}, test::builtBundleDir(), launcherVariables), 0);
+    ASSERT_TRUE(test::waitUntil([&] { return received.has_value(); }));
+    EXPECT_EQ(received->activationToken, QStringLiteral("kx7-activation-token-19"));
+    EXPECT_EQ(received->startupId, QStringLiteral("panel-2041-host-lexmira-0_TIME816"));
+}
+
+TEST_F(SingleInstanceOnTheBus, LaunchWithUrlHandsTheLaunchersTokensOverWithTheUrl)
+{
+    std::optional<LaunchActivation> received;
+    QStringList uris;
+    QObject::connect(instance_.get(), &SingleInstance::openRequested,
+                     [&](const QStringList& opened, const LaunchActivation& launch) {
+                         uris = opened;
+                         received = launch;
+                     });
+    EXPECT_EQ(launch({QStringLiteral("lexmira.extension://oauth?code=C2")}, test::builtBundleDir(),
+                     launcherVariables),
+              0);
+    ASSERT_TRUE(test::waitUntil([&] { return received.has_value(); }));
+    EXPECT_EQ(uris, QStringList{QStringLiteral("lexmira.extension://oauth?code=C2")});
+    EXPECT_EQ(received->activationToken, QStringLiteral("kx7-activation-token-19"));
+    EXPECT_EQ(received->startupId, QStringLiteral("panel-2041-host-lexmira-0_TIME816"));
+}
+
+TEST_F(SingleInstanceOnTheBus, LaunchWithoutLauncherTokensHandsNoneOver)
+{
+    std::optional<LaunchActivation> received;
+    QObject::connect(instance_.get(), &SingleInstance::activateRequested,
+                     [&](const LaunchActivation& launch) { received = launch; });
+    EXPECT_EQ(launch({}), 0);
+    ASSERT_TRUE(test::waitUntil([&] { return received.has_value(); }));
+    EXPECT_TRUE(received->isEmpty());
+}
+
+TEST_F(SingleInstanceOnTheBus, TokensUpToTheBoundAreTakenLongerOnesDropped)
+{
+    const QString atBound(LaunchActivation::maxTokenBytes, QLatin1Char('t'));
+    const QString overBound(LaunchActivation::maxTokenBytes + 1, QLatin1Char('s'));
+    const auto kept = activateWith({{QStringLiteral("activation-token"), atBound},
+                                    {QStringLiteral("desktop-startup-id"), atBound}});
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept->activationToken, atBound);
+    EXPECT_EQ(kept->startupId, atBound);
+
+    const auto dropped = activateWith({{QStringLiteral("activation-token"), overBound},
+                                       {QStringLiteral("desktop-startup-id"), overBound}});
+    ASSERT_TRUE(dropped) << "the request itself still shows the window";
+    EXPECT_TRUE(dropped->isEmpty());
+}
+
+TEST_F(SingleInstanceOnTheBus, TokensWithSpacesControlCharactersOrOfAnotherTypeAreDropped)
+{
+    for (const QVariant& bad :
+         {QVariant(QStringLiteral("two words")), QVariant(QStringLiteral("line\nbreak")),
+          QVariant(QStringLiteral("tab\there")), QVariant(QStringLiteral("caf\u00e9")),
+          QVariant(42), QVariant(QByteArray("bytes"))}) {
+        const auto received = activateWith({{QStringLiteral("activation-token"), bad},
+                                            {QStringLiteral("desktop-startup-id"), bad}});
+        ASSERT_TRUE(received) << bad.toString().toStdString();
+        EXPECT_TRUE(received->isEmpty()) << bad.toString().toStdString();
+    }
+    // Next to a bad one, a good token is still taken.
+    const auto mixed =
+        activateWith({{QStringLiteral("activation-token"), QStringLiteral("a b")},
+                      {QStringLiteral("desktop-startup-id"), QStringLiteral("ok-1")}});
+    ASSERT_TRUE(mixed);
+    EXPECT_EQ(mixed->activationToken, QString());
+    EXPECT_EQ(mixed->startupId, QStringLiteral("ok-1"));
 }
 
 TEST_F(SingleInstanceOnTheBus, ForwardingLaunchBuildsNoEnvironment)

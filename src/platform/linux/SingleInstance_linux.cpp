@@ -10,6 +10,7 @@
 #include <QDBusReply>
 #include <QVariantMap>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -24,15 +25,39 @@ void printError(const QString& text)
     std::fprintf(stderr, "lexmira-companion: %s\n", qUtf8Printable(text));
 }
 
-// Startup-notification tokens of the launch, so the instance may raise its window.
-QVariantMap launchPlatformData()
+const QString startupIdKey = QStringLiteral("desktop-startup-id");
+const QString activationTokenKey = QStringLiteral("activation-token");
+
+// The launch's tokens as org.freedesktop.Application's platform data.
+QVariantMap platformData(const LaunchActivation& launch)
 {
     QVariantMap data;
-    if (const auto id = qEnvironmentVariable("DESKTOP_STARTUP_ID"); !id.isEmpty())
-        data.insert(QStringLiteral("desktop-startup-id"), id);
-    if (const auto token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN"); !token.isEmpty())
-        data.insert(QStringLiteral("activation-token"), token);
+    if (!launch.startupId.isEmpty())
+        data.insert(startupIdKey, launch.startupId);
+    if (!launch.activationToken.isEmpty())
+        data.insert(activationTokenKey, launch.activationToken);
     return data;
+}
+
+// A token another process sent: printable ASCII without spaces, of bounded length, or nothing.
+// It is written into window properties and startup-notification messages as it is.
+QString launchToken(const QVariantMap& platformData, const QString& key)
+{
+    const QVariant value = platformData.value(key);
+    if (value.metaType() != QMetaType::fromType<QString>())
+        return {};
+    const QString token = value.toString();
+    if (token.size() > LaunchActivation::maxTokenBytes)
+        return {};
+    const bool printable = std::all_of(token.begin(), token.end(), [](QChar c) {
+        return c.unicode() > u' ' && c.unicode() < 0x7f;
+    });
+    return printable ? token : QString();
+}
+
+LaunchActivation launchActivation(const QVariantMap& platformData)
+{
+    return {launchToken(platformData, activationTokenKey), launchToken(platformData, startupIdKey)};
 }
 
 } // namespace
@@ -52,14 +77,12 @@ public:
 public Q_SLOTS:
     void Activate(const QVariantMap& platformData)
     {
-        Q_UNUSED(platformData);
-        Q_EMIT instance_->activateRequested();
+        Q_EMIT instance_->activateRequested(launchActivation(platformData));
     }
 
     void Open(const QStringList& uris, const QVariantMap& platformData)
     {
-        Q_UNUSED(platformData);
-        Q_EMIT instance_->openRequested(uris);
+        Q_EMIT instance_->openRequested(uris, launchActivation(platformData));
     }
 
     // The application offers no actions.
@@ -119,14 +142,14 @@ public:
         return Role::secondary;
     }
 
-    bool forward(const std::optional<QString>& url) override
+    bool forward(const std::optional<QString>& url, const LaunchActivation& launch) override
     {
         auto call = QDBusMessage::createMethodCall(serviceName, objectPath, applicationInterface,
                                                    url ? QStringLiteral("Open")
                                                        : QStringLiteral("Activate"));
         if (url)
             call << QStringList{*url};
-        call << launchPlatformData();
+        call << platformData(launch);
         const QDBusMessage answer = bus_.call(call, QDBus::Block, forwardTimeoutMs);
         if (answer.type() == QDBusMessage::ErrorMessage) {
             printError(QStringLiteral("could not reach the running instance: ") +
