@@ -230,7 +230,7 @@ TEST_F(RaiseWhenAsked, ASecondLaunchRaisesTheCoveredWindowAndEndsItsStartupFeedb
 
     ASSERT_TRUE(test::waitUntil([&] { return x.below(covering, *window); }, 20s))
         << "the window is raised above the one covering it";
-    EXPECT_EQ(x.property(*window, "_NET_STARTUP_ID"), startupId.toUtf8());
+    EXPECT_EQ(x.property(*window, "_NET_STARTUP_ID").toStdString(), startupId.toStdString());
     ASSERT_TRUE(test::waitUntil([&] { return !x.startupMessages().isEmpty(); }, 10s));
     EXPECT_EQ(x.startupMessages(), QList<QByteArray>{"remove: ID=" + startupId.toUtf8()});
     EXPECT_TRUE(companion->running());
@@ -246,7 +246,7 @@ TEST_F(RaiseWhenAsked, ASecondLaunchWithAUrlRaisesTheWindowAndHandsTheUrlOver)
 
     ASSERT_TRUE(peer->waitForDispatch("oauthExchange", 20s));
     ASSERT_TRUE(test::waitUntil([&] { return x.below(covering, *window); }, 20s));
-    EXPECT_EQ(x.property(*window, "_NET_STARTUP_ID"), startupId.toUtf8());
+    EXPECT_EQ(x.property(*window, "_NET_STARTUP_ID").toStdString(), startupId.toStdString());
     ASSERT_TRUE(test::waitUntil([&] { return !x.startupMessages().isEmpty(); }, 10s));
     EXPECT_EQ(x.startupMessages(), QList<QByteArray>{"remove: ID=" + startupId.toUtf8()});
 }

@@ -11,8 +11,10 @@
 #include <QDBusConnectionInterface>
 #include <QDir>
 #include <QFileInfo>
+#include <QImage>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -26,6 +28,19 @@ bool instanceRunning()
 {
     return QDBusConnection::sessionBus().interface()->isServiceRegistered(
         QStringLiteral("com.lexmira.companion"));
+}
+
+// The pixels of the panel's background (white in the light appearance), which nothing on the
+// compositor's own desktop has in such numbers.
+int panelBackgroundPixels(const QImage& image)
+{
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
+    int count = 0;
+    for (int y = 0; y < rgb.height(); ++y) {
+        const auto* line = reinterpret_cast<const QRgb*>(rgb.constScanLine(y));
+        count += int(std::count(line, line + rgb.width(), qRgb(255, 255, 255)));
+    }
+    return count;
 }
 
 std::size_t callsOf(const DevExtensionPeer& peer, const std::string& method)
@@ -49,7 +64,10 @@ public:
             QStringLiteral("weston"),
             QStringList{QStringLiteral("--backend=headless-backend.so"),
                         QStringLiteral("--socket=") + socketName, QStringLiteral("--idle-time=0"),
-                        QStringLiteral("--no-config"),
+                        QStringLiteral("--no-config"), QStringLiteral("--use-pixman"),
+                        QStringLiteral("--width=1280"), QStringLiteral("--height=800"),
+                        // Lets weston-screenshooter read the output.
+                        QStringLiteral("--debug"),
                         QStringLiteral("--log=") +
                             QDir(runtime_.path()).filePath(QStringLiteral("weston.log"))},
             environment, test::ChildProcess::Stderr::captured);
@@ -62,6 +80,26 @@ public:
     }
 
     bool ready() const { return ready_; }
+
+    // What the compositor shows on its output, as weston-screenshooter saves it.
+    QImage screenshot() const
+    {
+        QTemporaryDir into;
+        QProcess shooter;
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime_.path());
+        environment.insert(QStringLiteral("WAYLAND_DISPLAY"), socketName);
+        shooter.setProcessEnvironment(environment);
+        shooter.setWorkingDirectory(into.path());
+        shooter.start(QStringLiteral("weston-screenshooter"), {});
+        if (!shooter.waitForFinished(20000)) {
+            shooter.kill();
+            shooter.waitForFinished();
+            return {};
+        }
+        const auto shots = QDir(into.path()).entryList({QStringLiteral("*.png")}, QDir::Files);
+        return shots.isEmpty() ? QImage() : QImage(QDir(into.path()).filePath(shots.first()));
+    }
     bool running() const { return process_->running(); }
     QString runtimeDirectory() const { return runtime_.path(); }
     QString log() const
@@ -132,14 +170,27 @@ protected:
 
 TEST_F(OnWayland, FirstRunShowsTheWindowPollsTheExtensionAndTakesASecondLaunchsUrl)
 {
+    const QImage desktop = compositor.screenshot();
+    ASSERT_FALSE(desktop.isNull()) << compositor.log().toStdString();
+    ASSERT_LT(panelBackgroundPixels(desktop), 2'000) << "the desktop alone has little white";
+
     DevExtensionPeer peer({QStringLiteral("--disabled")}, DevExtensionPeer::defaultName(),
                           environment);
     ASSERT_TRUE(peer.isServing());
     startCompanion();
 
-    // The compositor configured the window as a toplevel: Qt reports it exposed.
+    // The compositor configured the window as a toplevel, and Qt says so...
     ASSERT_TRUE(waitForLog(QStringLiteral("shown on wayland"))) << companionLog().toStdString();
     EXPECT_FALSE(companionLog().contains(QStringLiteral("shown on xcb")));
+    // ...and the compositor's output shows it: the better part of the 550 by 367 panel is white.
+    QImage shown;
+    EXPECT_TRUE(test::waitUntil(
+        [&] {
+            shown = compositor.screenshot();
+            return panelBackgroundPixels(shown) > 100'000;
+        },
+        20s))
+        << panelBackgroundPixels(shown) << " white pixels";
 
     // Disabled: the extension's state is polled.
     ASSERT_TRUE(test::waitUntil([&] { return callsOf(peer, "GetState") >= 3; }, 20s));
