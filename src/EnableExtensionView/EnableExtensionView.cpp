@@ -22,6 +22,39 @@
 
 namespace {
 
+// Plays its movie only while it can be seen: from when it is shown on screen until it is hidden,
+// and never again once retired (an earlier build's animation, covered for good by a newer one).
+// A movie that nobody sees would still decode and scale every frame.
+class AnimationPlayer : public QLabel {
+public:
+    using QLabel::QLabel;
+
+    void retire()
+    {
+        retired_ = true;
+        if (movie())
+            movie()->stop();
+    }
+
+protected:
+    void showEvent(QShowEvent* event) override
+    {
+        QLabel::showEvent(event);
+        if (movie() && !retired_)
+            movie()->start();
+    }
+
+    void hideEvent(QHideEvent* event) override
+    {
+        QLabel::hideEvent(event);
+        if (movie())
+            movie()->stop();
+    }
+
+private:
+    bool retired_ = false;
+};
+
 // The panels' texts, exactly as the product writes them in English; each is translated where it
 // is shown. Translations must fit the same boxes: the layout does not grow with them.
 //: The enabled panel's title. The trailing blank keeps the check mark that follows at its place.
@@ -114,6 +147,9 @@ void EnableExtensionView::buildContent()
 {
     colorScheme_ = ColorScheme::forAppearance(deps_.appearance.isDark());
 
+    // The new panels cover the earlier ones for good.
+    if (auto* earlier = static_cast<AnimationPlayer*>(animation_.data()))
+        earlier->retire();
     extensionEnabledPanel_ = makePanel();
     buildExtensionEnabledPanel(extensionEnabledPanel_);
     enableExtensionPanel_ = makePanel();
@@ -221,7 +257,7 @@ void EnableExtensionView::showAnimation(QWidget* panel)
     const QSize natural = QImageReader(path).size();
     if (path.isEmpty() || !natural.isValid())
         return;
-    auto* player = new QLabel(panel);
+    auto* player = new AnimationPlayer(panel);
     auto* movie = new QMovie(path, QByteArray(), player);
     if (!movie->isValid()) {
         delete player;
@@ -234,8 +270,8 @@ void EnableExtensionView::showAnimation(QWidget* panel)
     player->setMovie(movie);
     player->setGeometry(panel->width() - shown.width(), panel->height() - shown.height(),
                         shown.width(), shown.height());
+    // Plays from when its panel is on screen.
     player->show();
-    movie->start();
     animation_ = player;
 }
 
