@@ -27,7 +27,13 @@ namespace {
 // A movie that nobody sees would still decode and scale every frame.
 class AnimationPlayer : public QLabel {
 public:
-    using QLabel::QLabel;
+    explicit AnimationPlayer(QWidget* parent)
+        : QLabel(parent)
+    {
+        // Every frame covers the whole label, so nothing beneath it (the panel, the texts
+        // reaching into its corner) is drawn again for a frame.
+        setAttribute(Qt::WA_OpaquePaintEvent);
+    }
 
     void retire()
     {
@@ -99,9 +105,6 @@ constexpr auto stateNilResult = "Could not get extension state: nil result";
 constexpr int leftMargin = 48;
 constexpr int openSafariButtonWidth = 96;
 constexpr int openSettingsButtonWidth = 244;
-// The animation is drawn on a 464-wide reference and shown at half size.
-constexpr qreal animationScale = 232.0 / 464.0;
-
 // The enable animation shows the extensions page of the browser in use: Firefox's for Firefox,
 // the Chromium family's for every other browser and when none is named.
 QString animationVariant(const QString& browserName)
@@ -252,19 +255,23 @@ void EnableExtensionView::showAnimation(QWidget* panel)
     if (animation_ && animation_->parentWidget() == panel)
         delete animation_;
     animation_ = nullptr;
-    const QString path = deps_.artwork.animationPath(colorScheme_->enableLexmiraAnimationImage +
-                                                     animationVariant(browserName_));
-    const QSize natural = QImageReader(path).size();
-    if (path.isEmpty() || !natural.isValid())
+    const qreal ratio = devicePixelRatioF();
+    const auto file = deps_.artwork.animation(
+        colorScheme_->enableLexmiraAnimationImage + animationVariant(browserName_), ratio);
+    const QSize natural = QImageReader(file.path).size();
+    if (file.path.isEmpty() || !natural.isValid())
         return;
     auto* player = new AnimationPlayer(panel);
-    auto* movie = new QMovie(path, QByteArray(), player);
+    auto* movie = new QMovie(file.path, QByteArray(), player);
     if (!movie->isValid()) {
         delete player;
         return;
     }
-    const QSize shown = (QSizeF(natural) * animationScale).toSize();
-    movie->setScaledSize(shown * devicePixelRatioF());
+    const QSize shown = (QSizeF(natural) / file.pixelRatio).toSize();
+    // Scaling every frame is most of what playing costs; the files are drawn so that a screen
+    // of one or two device pixels to a point needs none.
+    if (shown * ratio != natural)
+        movie->setScaledSize(shown * ratio);
     player->setAccessibleName(tr(animationName));
     player->setScaledContents(true);
     player->setMovie(movie);
