@@ -21,8 +21,14 @@ QPixmap Artwork::image(const QString& name, QSize size, qreal devicePixelRatio) 
     return QIcon(path).pixmap(size, devicePixelRatio);
 }
 
-QString Artwork::animationPath(const QString& name) const
+Artwork::Animation Artwork::animation(const QString& name, qreal devicePixelRatio) const
 {
-    const QString path = QDir(directory_).filePath(name + QStringLiteral(".gif"));
-    return QFileInfo(path).isFile() ? path : QString();
+    const QDir directory(directory_);
+    if (devicePixelRatio > 1) {
+        const QString dense = directory.filePath(name + QStringLiteral("@2x.gif"));
+        if (QFileInfo(dense).isFile())
+            return {dense, 2};
+    }
+    const QString path = directory.filePath(name + QStringLiteral(".gif"));
+    return {QFileInfo(path).isFile() ? path : QString(), 1};
 }

@@ -15,8 +15,15 @@ public:
     // The image at size (in device-independent pixels) for a screen of devicePixelRatio; a null
     // pixmap when there is no such image.
     QPixmap image(const QString& name, QSize size, qreal devicePixelRatio) const;
-    // The path of an animation "<name>.gif", or an empty string when there is none.
-    QString animationPath(const QString& name) const;
+    // An animation file and how many of its pixels make one device-independent pixel.
+    struct Animation {
+        QString path;
+        qreal pixelRatio = 1;
+    };
+    // The animation "<name>.gif", drawn at the size it is shown, or on a screen of more than one
+    // device pixel to a point "<name>@2x.gif" when there is one; an empty path when there is
+    // none.
+    Animation animation(const QString& name, qreal devicePixelRatio) const;
 
 private:
     QString directory_;

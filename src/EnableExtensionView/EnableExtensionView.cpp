@@ -22,6 +22,45 @@
 
 namespace {
 
+// Plays its movie only while it can be seen: from when it is shown on screen until it is hidden,
+// and never again once retired (an earlier build's animation, covered for good by a newer one).
+// A movie that nobody sees would still decode and scale every frame.
+class AnimationPlayer : public QLabel {
+public:
+    explicit AnimationPlayer(QWidget* parent)
+        : QLabel(parent)
+    {
+        // Every frame covers the whole label, so nothing beneath it (the panel, the texts
+        // reaching into its corner) is drawn again for a frame.
+        setAttribute(Qt::WA_OpaquePaintEvent);
+    }
+
+    void retire()
+    {
+        retired_ = true;
+        if (movie())
+            movie()->stop();
+    }
+
+protected:
+    void showEvent(QShowEvent* event) override
+    {
+        QLabel::showEvent(event);
+        if (movie() && !retired_)
+            movie()->start();
+    }
+
+    void hideEvent(QHideEvent* event) override
+    {
+        QLabel::hideEvent(event);
+        if (movie())
+            movie()->stop();
+    }
+
+private:
+    bool retired_ = false;
+};
+
 // The panels' texts, exactly as the product writes them in English; each is translated where it
 // is shown. Translations must fit the same boxes: the layout does not grow with them.
 //: The enabled panel's title. The trailing blank keeps the check mark that follows at its place.
@@ -66,9 +105,6 @@ constexpr auto stateNilResult = "Could not get extension state: nil result";
 constexpr int leftMargin = 48;
 constexpr int openSafariButtonWidth = 96;
 constexpr int openSettingsButtonWidth = 244;
-// The animation is drawn on a 464-wide reference and shown at half size.
-constexpr qreal animationScale = 232.0 / 464.0;
-
 // The enable animation shows the extensions page of the browser in use: Firefox's for Firefox,
 // the Chromium family's for every other browser and when none is named.
 QString animationVariant(const QString& browserName)
@@ -114,6 +150,9 @@ void EnableExtensionView::buildContent()
 {
     colorScheme_ = ColorScheme::forAppearance(deps_.appearance.isDark());
 
+    // The new panels cover the earlier ones for good.
+    if (auto* earlier = static_cast<AnimationPlayer*>(animation_.data()))
+        earlier->retire();
     extensionEnabledPanel_ = makePanel();
     buildExtensionEnabledPanel(extensionEnabledPanel_);
     enableExtensionPanel_ = makePanel();
@@ -216,26 +255,30 @@ void EnableExtensionView::showAnimation(QWidget* panel)
     if (animation_ && animation_->parentWidget() == panel)
         delete animation_;
     animation_ = nullptr;
-    const QString path = deps_.artwork.animationPath(colorScheme_->enableLexmiraAnimationImage +
-                                                     animationVariant(browserName_));
-    const QSize natural = QImageReader(path).size();
-    if (path.isEmpty() || !natural.isValid())
+    const qreal ratio = devicePixelRatioF();
+    const auto file = deps_.artwork.animation(
+        colorScheme_->enableLexmiraAnimationImage + animationVariant(browserName_), ratio);
+    const QSize natural = QImageReader(file.path).size();
+    if (file.path.isEmpty() || !natural.isValid())
         return;
-    auto* player = new QLabel(panel);
-    auto* movie = new QMovie(path, QByteArray(), player);
+    auto* player = new AnimationPlayer(panel);
+    auto* movie = new QMovie(file.path, QByteArray(), player);
     if (!movie->isValid()) {
         delete player;
         return;
     }
-    const QSize shown = (QSizeF(natural) * animationScale).toSize();
-    movie->setScaledSize(shown * devicePixelRatioF());
+    const QSize shown = (QSizeF(natural) / file.pixelRatio).toSize();
+    // Scaling every frame is most of what playing costs; the files are drawn so that a screen
+    // of one or two device pixels to a point needs none.
+    if (shown * ratio != natural)
+        movie->setScaledSize(shown * ratio);
     player->setAccessibleName(tr(animationName));
     player->setScaledContents(true);
     player->setMovie(movie);
     player->setGeometry(panel->width() - shown.width(), panel->height() - shown.height(),
                         shown.width(), shown.height());
+    // Plays from when its panel is on screen.
     player->show();
-    movie->start();
     animation_ = player;
 }
 

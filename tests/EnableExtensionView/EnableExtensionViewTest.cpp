@@ -7,6 +7,7 @@
 #include <QAccessible>
 #include <QLabel>
 #include <QMovie>
+#include <QPointer>
 #include <QTest>
 
 namespace {
@@ -103,6 +104,7 @@ TEST_F(ViewTest, EnabledPanelLayout)
 
 TEST_F(ViewTest, EnablePanelLayout)
 {
+    bridge.enabled = false;
     const auto view = makeView();
     auto* panel = view->enableExtensionPanel();
     QList<QLabel*> images;
@@ -121,9 +123,12 @@ TEST_F(ViewTest, EnablePanelLayout)
     EXPECT_EQ(texts[3]->geometry().topLeft(), QPoint(texts[2]->x() + 2, top));
     EXPECT_EQ(view->openSafariExtensionPreferencesButton()->geometry().topLeft(),
               QPoint(48, texts[2]->geometry().bottom() + 1 + 41));
-    // The animation, at half its 464 × 536 size, in the bottom-right corner, playing.
+    // The animation, at half its 464 × 536 size, in the bottom-right corner, playing once the
+    // panel is on screen.
     EXPECT_EQ(images[1]->geometry(), QRect(550 - 232, 367 - 268, 232, 268));
     ASSERT_NE(images[1]->movie(), nullptr);
+    view->show();
+    ASSERT_TRUE(test::waitUntil([&] { return panel->isVisible(); }));
     EXPECT_EQ(images[1]->movie()->state(), QMovie::Running);
 }
 
@@ -230,6 +235,54 @@ TEST_F(ViewTest, AppearanceChangeRebuildsDarkPanelsOverTheOldOnesAndPollsOnceMor
     const auto polled = bridge.stateQueries.size() - before;
     EXPECT_GE(polled, 5u) << "two loops now";
     EXPECT_LE(polled, 7u);
+}
+
+TEST_F(ViewTest, TheAnimationPlaysOnlyWhileItsPanelIsOnScreen)
+{
+    bridge.enabled = false;
+    const auto view = makeView(100ms);
+    ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
+    QMovie* movie = view->animation()->movie();
+    EXPECT_EQ(movie->state(), QMovie::NotRunning) << "the window is not on screen yet";
+
+    view->show();
+    EXPECT_EQ(movie->state(), QMovie::Running);
+
+    bridge.enabled = true;
+    ASSERT_TRUE(test::waitUntil([&] { return !view->extensionEnabledPanel()->isHidden(); }));
+    EXPECT_EQ(movie->state(), QMovie::NotRunning) << "the enabled panel hides it";
+
+    bridge.enabled = false;
+    ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
+    EXPECT_EQ(movie->state(), QMovie::Running);
+
+    view->hide();
+    EXPECT_EQ(movie->state(), QMovie::NotRunning) << "a closed window plays nothing";
+    view->show();
+    EXPECT_EQ(movie->state(), QMovie::Running);
+}
+
+TEST_F(ViewTest, AnAppearanceChangeStopsTheAnimationItCoversForGood)
+{
+    bridge.enabled = false;
+    const auto view = makeView(100ms);
+    view->show();
+    ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
+    const QPointer<QLabel> covered = view->animation();
+    ASSERT_EQ(covered->movie()->state(), QMovie::Running);
+
+    appearance.setDark(true);
+    ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
+    ASSERT_NE(view->animation(), covered.data());
+    EXPECT_EQ(view->animation()->movie()->state(), QMovie::Running);
+    ASSERT_TRUE(covered) << "earlier panels stay beneath, with what they hold";
+    EXPECT_EQ(covered->movie()->state(), QMovie::NotRunning);
+
+    // Closing and reopening the window shows every panel again; the covered one stays still.
+    view->hide();
+    view->show();
+    EXPECT_EQ(covered->movie()->state(), QMovie::NotRunning);
+    EXPECT_EQ(view->animation()->movie()->state(), QMovie::Running);
 }
 
 TEST_F(ViewTest, EnabledWithNoSharedUserOpensTheLoginTabOnce)

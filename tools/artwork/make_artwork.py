@@ -17,8 +17,9 @@ reference, shown at half size in the window).
 
 The animations show the extensions page of the browser the extension runs in, one for the
 Chromium family and one for Firefox, each in a light and a dark appearance:
-EnableLexmiraAnimation<Light|Dark><Chromium|Firefox>.gif. On each, a pointer switches
-Lexmira on, the page rests a moment, and the loop starts over.
+EnableLexmiraAnimation<Light|Dark><Chromium|Firefox>.gif at the size shown (232 x 268), and
+@2x.gif at the reference size. On each, a pointer switches Lexmira on, the page rests a
+moment, and the loop starts over.
 """
 
 import math
@@ -953,9 +954,10 @@ def to_palette(frames, panel):
     Quantising them together keeps a colour that stays put on one index in every frame.
     The palette covers the colours that occur rather than weighing them by area, so a small
     icon's gradient gets as many entries as the large grey surfaces and is not banded."""
-    sheet = Image.new("RGB", (WIDTH, HEIGHT * len(frames)))
+    width, height = frames[0].size
+    sheet = Image.new("RGB", (width, height * len(frames)))
     for k, frame in enumerate(frames):
-        sheet.paste(frame, (0, HEIGHT * k))
+        sheet.paste(frame, (0, height * k))
     quantised = sheet.quantize(
         colors=PANEL, method=Image.Quantize.MAXCOVERAGE, dither=Image.Dither.NONE)
     colours = quantised.getpalette()[: PANEL * 3]
@@ -966,20 +968,27 @@ def to_palette(frames, panel):
     indexed.paste(PANEL, mask=exact.point(lambda v: 255 if v == 0 else 0))
     out = []
     for k in range(len(frames)):
-        rows = indexed.crop((0, HEIGHT * k, WIDTH, HEIGHT * (k + 1)))
-        frame = Image.frombytes("P", (WIDTH, HEIGHT), rows.tobytes())
+        rows = indexed.crop((0, height * k, width, height * (k + 1)))
+        frame = Image.frombytes("P", (width, height), rows.tobytes())
         frame.putpalette(palette)
         out.append(frame)
     return out
 
 
-def draw_animation(s, browser):
-    """The frames of one loop in palette colours, and their durations in ms."""
+def draw_animation(s, browser, scale=1):
+    """The frames of one loop in palette colours, and their durations in ms.
+
+    Drawn at the natural size and, for a scale below 1, resampled down before the colours are
+    chosen, so the smaller loop has a palette of its own."""
     base = browser.draw_page(s)
     icon = draw_enabled_icon(browser)
+    size = (round(WIDTH * scale), round(HEIGHT * scale))
     frames, durations = [], []
     for state, duration in timeline(browser):
-        frames.append(render_frame(s, browser, base, icon, state))
+        frame = render_frame(s, browser, base, icon, state)
+        if frame.size != size:
+            frame = frame.resize(size, Image.Resampling.LANCZOS)
+        frames.append(frame)
         durations.append(duration)
     indexed, lengths = [], []
     for frame, duration in zip(to_palette(frames, s.panel), durations):
@@ -1045,12 +1054,17 @@ def main():
             draw(k).save(path, optimize=True)
             print(path)
 
+    # The loop is shown at half its natural size: name.gif is that size, name@2x.gif the
+    # natural one for screens with two device pixels to a point. Each plays without being
+    # scaled frame by frame.
     for browser_name, browser in (("Chromium", CHROMIUM), ("Firefox", FIREFOX)):
         for appearance, scheme in (("Light", LIGHT), ("Dark", DARK)):
-            frames, durations = draw_animation(scheme, browser)
-            path = os.path.join(out, f"EnableLexmiraAnimation{appearance}{browser_name}.gif")
-            save_gif(path, frames, durations)
-            print(path)
+            for scale, suffix in ((0.5, ""), (1, "@2x")):
+                frames, durations = draw_animation(scheme, browser, scale)
+                path = os.path.join(
+                    out, f"EnableLexmiraAnimation{appearance}{browser_name}{suffix}.gif")
+                save_gif(path, frames, durations)
+                print(path)
 
 
 if __name__ == "__main__":
