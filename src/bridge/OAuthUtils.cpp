@@ -9,6 +9,8 @@
 #include <QUrl>
 #include <QUrlQuery>
 
+#include <algorithm>
+
 namespace {
 
 const QString callbackScheme = QStringLiteral("lexmira.extension");
@@ -34,7 +36,17 @@ WrittenComponents writtenComponents(const QString& text)
     const auto bracket = written.host.lastIndexOf(QLatin1Char(']'));
     if (const auto colon = written.host.lastIndexOf(QLatin1Char(':')); colon > bracket)
         written.host.truncate(colon);
+    // A host may be percent-encoded; it names the same host decoded.
+    written.host = QString::fromUtf8(QByteArray::fromPercentEncoding(written.host.toUtf8()));
     return written;
+}
+
+// URL components accept only the characters a URL may hold as written: printable ASCII. A raw
+// space, control character or non-ASCII character has to be percent-encoded.
+bool hasOnlyUrlCharacters(const QString& text)
+{
+    return std::all_of(text.begin(), text.end(),
+                       [](QChar c) { return c.unicode() > 0x20 && c.unicode() < 0x7F; });
 }
 
 // A percent-encoded query value as text; none when its bytes are not UTF-8.
@@ -54,7 +66,7 @@ namespace OAuthUtils {
 
 std::optional<OAuthResultUrlData> parse(const std::optional<QString>& url)
 {
-    if (!url)
+    if (!url || !hasOnlyUrlCharacters(*url))
         return std::nullopt;
     const QUrl components(*url, QUrl::StrictMode);
     if (!components.isValid())

@@ -38,13 +38,21 @@ protected:
     static int launch(const QStringList& arguments,
                       const QString& bundleDir = test::builtBundleDir())
     {
+        return launchIn(test::childEnvironment(bundleDir), arguments);
+    }
+
+    static int launchIn(const QProcessEnvironment& environment, const QStringList& arguments,
+                        QByteArray* errorOutput = nullptr)
+    {
         QProcess process;
-        process.setProcessEnvironment(test::childEnvironment(bundleDir));
+        process.setProcessEnvironment(environment);
         process.start(test::companionBinary(), arguments);
         if (!test::waitUntil([&] { return process.state() == QProcess::NotRunning; },
                              std::chrono::seconds(30)))
             process.kill();
         process.waitForFinished();
+        if (errorOutput)
+            *errorOutput = process.readAllStandardError();
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     }
 
@@ -84,6 +92,26 @@ TEST_F(SingleInstanceOnTheBus, LaunchWithoutUrlActivatesAndExitsZero)
     EXPECT_EQ(launch({}), 0);
     ASSERT_TRUE(test::waitUntil([&] { return activated.count() == 1; }));
     EXPECT_EQ(opened.count(), 0);
+}
+
+// The environment of a launch from a terminal with no graphical session: a session bus, but no
+// display and no platform chosen.
+QProcessEnvironment environmentWithoutDisplay()
+{
+    auto environment = test::childEnvironment();
+    environment.remove(QStringLiteral("DISPLAY"));
+    environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    return environment;
+}
+
+TEST_F(SingleInstanceOnTheBus, LaunchWithoutDisplayStillForwardsItsUrl)
+{
+    QSignalSpy opened(instance_.get(), &SingleInstance::openRequested);
+    const QString url = QStringLiteral("lexmira.extension://oauth?code=C2&code_challenge=X2");
+    EXPECT_EQ(launchIn(environmentWithoutDisplay(), {url}), 0);
+    ASSERT_TRUE(test::waitUntil([&] { return opened.count() == 1; }));
+    EXPECT_EQ(opened.first().first().toStringList(), QStringList{url});
 }
 
 TEST_F(SingleInstanceOnTheBus, ForwardingLaunchBuildsNoEnvironment)
@@ -138,6 +166,19 @@ TEST_F(SingleInstanceOnTheBus, UnknownActionAnswersAnError)
     EXPECT_TRUE(pending.isError());
     EXPECT_TRUE(pending.error().message().contains(QStringLiteral("frobnicate")));
     QDBusConnection::disconnectFromBus(QStringLiteral("caller2"));
+}
+
+// The first launch of a session with no display has nothing to show its window on: it says so
+// and exits, rather than aborting.
+TEST(FirstLaunchWithoutDisplay, ExitsWithAClearMessage)
+{
+    QProcess process;
+    process.setProcessEnvironment(environmentWithoutDisplay());
+    process.start(test::companionBinary(), {});
+    ASSERT_TRUE(process.waitForFinished(30'000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_TRUE(process.readAllStandardError().contains("no display"));
 }
 
 } // namespace
