@@ -36,9 +36,28 @@ WrittenComponents writtenComponents(const QString& text)
     const auto bracket = written.host.lastIndexOf(QLatin1Char(']'));
     if (const auto colon = written.host.lastIndexOf(QLatin1Char(':')); colon > bracket)
         written.host.truncate(colon);
-    // A host may be percent-encoded; it names the same host decoded.
-    written.host = QString::fromUtf8(QByteArray::fromPercentEncoding(written.host.toUtf8()));
     return written;
+}
+
+// The URL with a percent-encoded host written decoded, as URL components read a host: "o%61uth"
+// names the host "oauth".
+QString withHostDecoded(const QString& text)
+{
+    static const QRegularExpression authority(QStringLiteral("^[^:/?#]+://([^/?#]*)"));
+    const auto match = authority.match(text);
+    if (!match.hasMatch() || !match.captured(1).contains(QLatin1Char('%')))
+        return text;
+    const QString whole = match.captured(1);
+    qsizetype start = whole.lastIndexOf(QLatin1Char('@')) + 1;
+    qsizetype end = whole.size();
+    const auto bracket = whole.lastIndexOf(QLatin1Char(']'));
+    if (const auto colon = whole.lastIndexOf(QLatin1Char(':')); colon > bracket && colon >= start)
+        end = colon;
+    const QString host = QString::fromUtf8(
+        QByteArray::fromPercentEncoding(whole.mid(start, end - start).toUtf8()));
+    QString decoded = text;
+    decoded.replace(match.capturedStart(1) + start, end - start, host);
+    return decoded;
 }
 
 // URL components accept only the characters a URL may hold as written: printable ASCII. A raw
@@ -68,12 +87,13 @@ std::optional<OAuthResultUrlData> parse(const std::optional<QString>& url)
 {
     if (!url || !hasOnlyUrlCharacters(*url))
         return std::nullopt;
-    const QUrl components(*url, QUrl::StrictMode);
+    const QString text = withHostDecoded(*url);
+    const QUrl components(text, QUrl::StrictMode);
     if (!components.isValid())
         return std::nullopt;
     if (!components.hasQuery())
         return std::nullopt;
-    const WrittenComponents written = writtenComponents(*url);
+    const WrittenComponents written = writtenComponents(text);
     if (components.scheme() != callbackScheme || written.scheme != callbackScheme)
         return std::nullopt;
     if (components.host() != callbackHost || written.host != callbackHost)

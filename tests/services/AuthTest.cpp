@@ -400,7 +400,8 @@ TEST(SetCookieField, SplitsAtCommasThatStartACookieOnly)
               (Cookies{"a=1; expires=Wednesday, 21-Oct-99 07:28:00 GMT"}));
     EXPECT_EQ(HttpCookieFields::split("a=x,y"), (Cookies{"a=x,y"}));
     EXPECT_EQ(HttpCookieFields::split("a=1\nb=2"), (Cookies{"a=1", "b=2"}));
-    EXPECT_EQ(HttpCookieFields::split(", ,"), Cookies{});
+    EXPECT_EQ(HttpCookieFields::split(""), Cookies{});
+    EXPECT_EQ(HttpCookieFields::split("a=1,\n\nb=2"), (Cookies{"a=1,", "b=2"}));
 }
 
 } // namespace

@@ -27,8 +27,16 @@ using namespace std::chrono_literals;
 // libsecret is enough.
 class PrivateSecretService {
 public:
-    // unlocked: a login collection, unlocked, as the default; otherwise no collection at all.
-    explicit PrivateSecretService(bool unlocked)
+    enum class Activation {
+        // Services start on demand, as on a desktop: the password prompter, and the keyring
+        // itself (locked) when it is gone.
+        standard,
+        // Nothing starts on demand, so a killed keyring stays away until started again here.
+        none,
+    };
+
+    // unlocked: a login collection, unlocked, as the default.
+    explicit PrivateSecretService(bool unlocked, Activation activation = Activation::standard)
         : unlocked_(unlocked)
     {
         QDir(home_.path()).mkpath(QStringLiteral(".local/share"));
@@ -46,9 +54,21 @@ public:
         environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address());
         environment_ = environment;
         bus_.setProcessEnvironment(environment);
-        bus_.start(QStringLiteral("dbus-daemon"),
-                   {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                    QStringLiteral("--address=") + address()});
+        QStringList busArguments{QStringLiteral("--nofork"),
+                                 QStringLiteral("--address=") + address()};
+        if (activation == Activation::standard) {
+            busArguments << QStringLiteral("--session");
+        } else {
+            QFile config(home_.filePath(QStringLiteral("bus.conf")));
+            config.open(QIODevice::WriteOnly);
+            config.write("<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
+                         "<auth>EXTERNAL</auth><policy context=\"default\">"
+                         "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
+                         "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>");
+            config.close();
+            busArguments << QStringLiteral("--config-file=") + config.fileName();
+        }
+        bus_.start(QStringLiteral("dbus-daemon"), busArguments);
         bus_.waitForStarted();
         test::waitUntil([&] { return QFile::exists(socket()); });
         qputenv("DBUS_SESSION_BUS_ADDRESS", address().toUtf8());
@@ -139,7 +159,7 @@ TEST(KeychainFaults, LockedCollectionFailsEveryCallWithoutCrashing)
 
 TEST(KeychainFaults, ServiceKilledWhileCallsRunFailsThemAndServesAgainOnceBack)
 {
-    PrivateSecretService secrets(true);
+    PrivateSecretService secrets(true, PrivateSecretService::Activation::none);
     const Keychain keychain(service, "group", KeychainItems::create());
     ASSERT_TRUE(keychain.set("alice", QByteArray("0"), Keychain::Access::accessibleAlways));
 

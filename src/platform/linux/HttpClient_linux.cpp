@@ -100,9 +100,11 @@ public:
 private:
     void headerArrived()
     {
-        // A caller that ignores the body has all it needs once the status is known.
-        if (maxBodyBytes_ == 0 &&
-            reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid())
+        // A caller that ignores the body has all it needs once the status is known, unless the
+        // status is a redirect that is still to be followed.
+        const QVariant status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        const bool redirect = status.toInt() / 100 == 3 && reply_->hasRawHeader("Location");
+        if (maxBodyBytes_ == 0 && status.isValid() && !redirect)
             succeed(QByteArray());
     }
 

@@ -121,6 +121,10 @@ KeychainItems::Status statusOf(const GError* error)
         return KeychainItems::interactionNotAllowed;
     if (error && error->domain == SECRET_ERROR && error->code == SECRET_ERROR_NO_SUCH_OBJECT)
         return KeychainItems::itemNotFound;
+    // The service may have gone away (killed, restarted). libsecret keeps the connection it made
+    // first, with a session that only the old service knew; dropping it lets the next call reach
+    // whichever service holds the name then.
+    secret_service_disconnect();
     return KeychainItems::notAvailable;
 }
 
