@@ -20,6 +20,7 @@
 #include "services/Auth.h"
 #include "services/Tracker.h"
 #include "shared/SharedUserInfoProvider.h"
+#include "util/AlertQueue.h"
 #include "util/FatalError.h"
 #include "util/NoDestructor.h"
 
@@ -49,7 +50,8 @@ Env::Env(const Bundle& bundle)
     , userDefaults_(UserDefaults::standard(requireBundleIdentifier(bundle)))
 {
     const auto deployment = DeploymentConfig::load(bundle);
-    httpClient_ = HttpClient::create();
+    httpClient_ =
+        HttpClient::create(HttpClient::userAgentFor(bundle.shortVersion().value_or(QString())));
     skrivo_.emplace(deployment.logHost.host, deployment.logHost.port, "/logv2",
                     deployment.webOrigin, envType, appInfo.component, clientInfo,
                     std::make_shared<SharedUserInfoProvider>(sharedData), newSessionId(),
@@ -61,8 +63,10 @@ Env::Env(const Bundle& bundle)
                                          forcesTestEvents(envType), true, deployment,
                                          NorvClient::Platform{httpClient_, userDefaults_.get()});
     extensionBridge_ = ExtensionBridge::create();
-    alertPresenter_ = std::make_unique<ModalAlertPresenter>(
-        qEnvironmentVariable(ModalAlertPresenter::recordFileVariable));
+    // Alerts come from completions that can arrive while one is on screen; they are shown one
+    // after another.
+    alertPresenter_ = std::make_unique<AlertQueue>(std::make_unique<ModalAlertPresenter>(
+        qEnvironmentVariable(ModalAlertPresenter::recordFileVariable)));
     oauth_ = std::make_unique<OAuth>(true, skrivo(), appInfo.extensionBundleIdentifier,
                                      *extensionBridge_, sharedData, *alertPresenter_);
 

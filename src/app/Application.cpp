@@ -108,7 +108,11 @@ void Application::setGetUrlHandler(GetUrlHandler* handler)
 
 void Application::openUrls(const QStringList& urls)
 {
-    pendingUrls_.append(urls);
+    const qsizetype room = std::max<qsizetype>(0, maxPendingUrls - pendingUrls_.size());
+    if (urls.size() > room)
+        qWarning("Too many URLs waiting to be opened; %lld dropped",
+                 static_cast<long long>(urls.size() - room));
+    pendingUrls_.append(urls.mid(0, room));
     deliverPendingUrls();
 }
 
@@ -117,8 +121,9 @@ void Application::deliverPendingUrls()
     if (!urlHandler_ || pendingUrls_.isEmpty() || deliveryScheduled_)
         return;
     deliveryScheduled_ = true;
-    // One URL per turn of the event loop, in arrival order; a handler that shows a modal alert
-    // does not see the next URL from inside that alert's loop before it returns.
+    // One URL per turn of the event loop, in arrival order. That turn can be one of a modal
+    // alert's own loop, so the handler may see the next URL while an alert is up; the alerts it
+    // causes are kept from nesting where they are shown (AlertQueue).
     QTimer::singleShot(0, this, [this] {
         deliveryScheduled_ = false;
         if (!urlHandler_ || pendingUrls_.isEmpty())

@@ -23,6 +23,10 @@ class Application final : public QApplication {
     Q_OBJECT
 
 public:
+    // The most URLs that wait for the handler; a burst beyond it is dropped, latest first, so
+    // that a flood of callbacks cannot grow the queue without end.
+    static constexpr qsizetype maxPendingUrls = 64;
+
     Application(int& argc, char** argv);
     ~Application() override;
 
@@ -46,7 +50,8 @@ public:
     // The handler that receives every URL the application is asked to open. URLs that arrive
     // before a handler is bound wait, in order, and are delivered once it is.
     void setGetUrlHandler(GetUrlHandler* handler);
-    // Queues URLs for the handler. Each is delivered from the event loop, in order.
+    // Queues URLs for the handler. Each is delivered from the event loop, in order; URLs that
+    // find maxPendingUrls waiting are dropped.
     void openUrls(const QStringList& urls);
 
     // Another launch asked for the application: hands the request to the delegate, then brings

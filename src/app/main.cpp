@@ -9,6 +9,7 @@
 #include "app/MainMenu.h"
 #include "platform/LaunchActivation.h"
 #include "platform/MainBundle.h"
+#include "platform/ProcessSession.h"
 #include "platform/SingleInstance.h"
 
 #include <QIcon>
@@ -46,6 +47,21 @@ void print(std::FILE* stream, const QString& text)
     std::fprintf(stream, "%s\n", qUtf8Printable(text.trimmed()));
 }
 
+// A launch with no display: it can hand its request to the running instance, which needs only
+// the session bus, but it cannot become the instance itself.
+int forwardWithoutDisplay(int argc, char** argv, const std::optional<QString>& url,
+                          const LaunchActivation& launch)
+{
+    QCoreApplication application(argc, argv);
+    hideCommandLineArguments(argc, argv);
+    const auto instance = SingleInstance::create();
+    if (instance->claim() == SingleInstance::Role::secondary)
+        return instance->forward(url, launch) ? 0 : 1;
+    print(stderr, QStringLiteral("lexmira-companion: no display to show the window on (neither "
+                                 "DISPLAY nor WAYLAND_DISPLAY is set)"));
+    return 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -68,7 +84,11 @@ int main(int argc, char** argv)
 
     // Taken before the application object connects to the display, which may consume them.
     const auto launch = LaunchActivation::ofThisProcess();
+    if (!displayAvailable())
+        return forwardWithoutDisplay(argc, argv, command.url, launch);
+
     Application application(argc, argv);
+    hideCommandLineArguments(argc, argv);
     installTranslation(application, mainBundleDirectory());
     application.setDesktopFileName(applicationId);
     if (const auto icon =

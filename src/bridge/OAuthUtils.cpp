@@ -9,6 +9,8 @@
 #include <QUrl>
 #include <QUrlQuery>
 
+#include <algorithm>
+
 namespace {
 
 const QString callbackScheme = QStringLiteral("lexmira.extension");
@@ -37,6 +39,35 @@ WrittenComponents writtenComponents(const QString& text)
     return written;
 }
 
+// The URL with a percent-encoded host written decoded, as URL components read a host: "o%61uth"
+// names the host "oauth".
+QString withHostDecoded(const QString& text)
+{
+    static const QRegularExpression authority(QStringLiteral("^[^:/?#]+://([^/?#]*)"));
+    const auto match = authority.match(text);
+    if (!match.hasMatch() || !match.captured(1).contains(QLatin1Char('%')))
+        return text;
+    const QString whole = match.captured(1);
+    qsizetype start = whole.lastIndexOf(QLatin1Char('@')) + 1;
+    qsizetype end = whole.size();
+    const auto bracket = whole.lastIndexOf(QLatin1Char(']'));
+    if (const auto colon = whole.lastIndexOf(QLatin1Char(':')); colon > bracket && colon >= start)
+        end = colon;
+    const QString host = QString::fromUtf8(
+        QByteArray::fromPercentEncoding(whole.mid(start, end - start).toUtf8()));
+    QString decoded = text;
+    decoded.replace(match.capturedStart(1) + start, end - start, host);
+    return decoded;
+}
+
+// URL components accept only the characters a URL may hold as written: printable ASCII. A raw
+// space, control character or non-ASCII character has to be percent-encoded.
+bool hasOnlyUrlCharacters(const QString& text)
+{
+    return std::all_of(text.begin(), text.end(),
+                       [](QChar c) { return c.unicode() > 0x20 && c.unicode() < 0x7F; });
+}
+
 // A percent-encoded query value as text; none when its bytes are not UTF-8.
 std::optional<std::string> decodedValue(const QString& encoded)
 {
@@ -54,14 +85,15 @@ namespace OAuthUtils {
 
 std::optional<OAuthResultUrlData> parse(const std::optional<QString>& url)
 {
-    if (!url)
+    if (!url || !hasOnlyUrlCharacters(*url))
         return std::nullopt;
-    const QUrl components(*url, QUrl::StrictMode);
+    const QString text = withHostDecoded(*url);
+    const QUrl components(text, QUrl::StrictMode);
     if (!components.isValid())
         return std::nullopt;
     if (!components.hasQuery())
         return std::nullopt;
-    const WrittenComponents written = writtenComponents(*url);
+    const WrittenComponents written = writtenComponents(text);
     if (components.scheme() != callbackScheme || written.scheme != callbackScheme)
         return std::nullopt;
     if (components.host() != callbackHost || written.host != callbackHost)

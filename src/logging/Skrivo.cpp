@@ -78,6 +78,8 @@ void Skrivo::log(CompanionLogger logger, LogLevel level, const std::string& mess
     HttpRequest request;
     request.url = *requestUrl;
     request.timeout = requestTimeout;
+    // Only the status tells whether the record arrived.
+    request.maxBodyBytes = 0;
     request.method = "POST";
     request.setValue(QByteArray::fromStdString(origin_), "Origin");
     request.setValue("application/json", "Content-Type");

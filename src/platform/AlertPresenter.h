@@ -24,6 +24,7 @@ public:
     virtual ~AlertPresenter() = default;
 
     // Main thread only. Returns when the user has dismissed the alert, with the index of the
-    // button chosen (-1 when it was closed without one).
+    // button chosen (-1 when it was closed without one, or when the alert was not shown now:
+    // see AlertQueue).
     virtual int runModal(const Alert& alert) = 0;
 };

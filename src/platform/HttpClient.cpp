@@ -39,3 +39,12 @@ std::optional<QByteArray> HttpResponse::value(const QByteArray& name) const
 {
     return fieldValue(headerFields, name);
 }
+
+QByteArray HttpClient::userAgentFor(const QString& applicationVersion)
+{
+    const QString version =
+        applicationVersion.isEmpty() ? QStringLiteral(LEXMIRA_VERSION) : applicationVersion;
+    return QStringLiteral("Lexmira Companion/%1 (Linux; Qt %2)")
+        .arg(version, QString::fromLatin1(qVersion()))
+        .toUtf8();
+}

@@ -21,12 +21,23 @@ using HttpHeaderFields = std::vector<std::pair<QByteArray, QByteArray>>;
 // header fields given here (plus the transport's own, such as Host and Content-Length), no
 // cookie is ever added or remembered, and every request goes to the server.
 struct HttpRequest {
+    // The body a caller reads when it names no bound of its own.
+    static constexpr qsizetype defaultMaxBodyBytes = 1024 * 1024;
+    // How long a whole exchange may take however steadily bytes keep coming, so that a server
+    // that trickles its answer cannot hold a request for ever.
+    static constexpr std::chrono::seconds maxTransferTime{120};
+
     QUrl url;
     QByteArray method = QByteArrayLiteral("GET");
     HttpHeaderFields headerFields;
     QByteArray body;
     // How long the request may stay idle (no bytes moving) before it fails.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
+    // How long the whole exchange may take, connection and body included.
+    std::chrono::milliseconds transferTime = maxTransferTime;
+    // The most body bytes the caller reads. A longer body fails the request; 0 means the caller
+    // ignores the body: the response completes, with an empty body, once its header has come.
+    qsizetype maxBodyBytes = defaultMaxBodyBytes;
 
     // The value of the first field named name (case-insensitively), if any.
     std::optional<QByteArray> value(const QByteArray& name) const;
@@ -53,7 +64,8 @@ struct HttpError {
 
 // Sends HTTPS requests on a worker thread of its own (the session's queue). TLS peers are always
 // verified; the only certificates trusted besides the system's are those of the PEM file named
-// by LEXMIRA_EXTRA_CA_FILE.
+// by LEXMIRA_EXTRA_CA_FILE. Every request names the client in its User-Agent field, unless the
+// request sets that field itself.
 class HttpClient {
 public:
     // Called exactly once per request, on the client's worker thread — never the main thread —
@@ -69,5 +81,9 @@ public:
     // Starts the request and returns at once. Callable from any thread.
     virtual void send(HttpRequest request, Completion completion) = 0;
 
-    static std::unique_ptr<HttpClient> create();
+    // userAgent: the User-Agent field sent with every request, "Lexmira Companion/<version>".
+    static std::unique_ptr<HttpClient> create(const QByteArray& userAgent = {});
+
+    // "Lexmira Companion/<version> (Linux; Qt <version>)".
+    static QByteArray userAgentFor(const QString& applicationVersion);
 };

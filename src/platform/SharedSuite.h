@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -23,6 +24,13 @@ public:
 // process and never a partial one. Thread-safe.
 class SharedSuite {
 public:
+    // A stored value larger than this reads as none, and is not stored. Every value the system
+    // keeps is far smaller.
+    static constexpr qsizetype maxValueBytes = 1024 * 1024;
+    // A writer's temporary file this old belongs to a writer that died before completing its
+    // write; it is removed when the suite is opened or rescanned.
+    static constexpr std::chrono::minutes staleTemporaryAge{10};
+
     virtual ~SharedSuite() = default;
 
     // The bytes stored under key; none when the key is missing or cannot be read.

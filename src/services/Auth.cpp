@@ -55,6 +55,7 @@ HttpRequest Auth::makeUserRequest(const QByteArray& method, const QUrl& url,
     HttpRequest request;
     request.url = url;
     request.timeout = requestTimeout;
+    request.maxBodyBytes = maxUserResponseBytes;
     request.method = method;
     request.setValue(QByteArray::fromStdString(clientType_), "X-Client-Type");
     request.setValue(QByteArray::fromStdString(clientVersion_), bytes(clientVersionHeader));

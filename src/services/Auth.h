@@ -23,6 +23,9 @@
 // hands back the ones to keep. Immutable, so usable from any thread.
 class Auth {
 public:
+    // The largest answer to the user request that is read; a user record is a few hundred bytes.
+    static constexpr qsizetype maxUserResponseBytes = 64 * 1024;
+
     struct Tokens {
         std::string auth; // sent as the cookie "lxauth"
         std::string csrf; // sent as the header "X-CSRF-Token" and the cookie "csrf-token"

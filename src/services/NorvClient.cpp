@@ -169,6 +169,8 @@ void NorvClient::send(const std::string& name, const std::optional<Props>& props
     HttpRequest request;
     request.url = url_;
     request.timeout = requestTimeout;
+    // Only the status tells whether the events arrived.
+    request.maxBodyBytes = 0;
     request.method = "POST";
     request.setValue(QByteArray::fromStdString(origin_), "Origin");
     request.setValue("application/json", "Content-Type");

@@ -95,6 +95,18 @@ TEST_F(Launched, ReopenWithTheWindowVisibleDoesNothingButAnswersTrue)
     EXPECT_EQ(windowsMenuEntries(), QStringList{QStringLiteral("Lexmira")});
 }
 
+TEST_F(Launched, ReopenToldWindowsAreVisibleShowsNothing)
+{
+    // The window is in fact closed, so a delegate that showed it regardless would be seen here.
+    window()->close();
+    ASSERT_FALSE(window()->isVisible());
+    EXPECT_TRUE(AppDelegate::shared().applicationShouldHandleReopen(true));
+    test::spin(std::chrono::milliseconds(50));
+    EXPECT_FALSE(window()->isVisible());
+    EXPECT_TRUE(windowsMenuEntries().isEmpty());
+    EXPECT_EQ(mainWindowCount(), 1);
+}
+
 TEST_F(Launched, ClosingTheWindowKeepsTheApplicationAndDropsTheWindowsMenuEntry)
 {
     window()->close();

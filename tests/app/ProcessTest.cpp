@@ -7,7 +7,9 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QFile>
 #include <QProcess>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -100,6 +102,84 @@ TEST(Process, QuitEndsTheProcessAndReleasesTheName)
     companion.process().terminate();
     ASSERT_TRUE(companion.process().waitForFinished(10000));
     EXPECT_TRUE(test::waitUntil([] { return !nameOwned(); }));
+}
+
+TEST(Process, UrlThatStartedTheApplicationIsNotLeftInItsCommandLine)
+{
+    const QByteArray code = "SECRETCODE1234";
+    CompanionProcess companion({QStringLiteral("lexmira.extension://oauth?code=%1&code_challenge=X")
+                                    .arg(QString::fromLatin1(code))});
+    ASSERT_TRUE(test::waitUntil(nameOwned, std::chrono::seconds(20)));
+    QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(companion.process().processId()));
+    ASSERT_TRUE(cmdline.open(QIODevice::ReadOnly));
+    const QByteArray contents = cmdline.readAll();
+    EXPECT_FALSE(contents.contains(code)) << contents.toStdString();
+    EXPECT_TRUE(contents.startsWith(QFile::encodeName(test::companionBinary())));
+}
+
+// A session bus of the test's own, which it can take away and bring back.
+class PrivateBus {
+public:
+    explicit PrivateBus(const QString& socket)
+        : socket_(socket)
+    {
+        start();
+    }
+    ~PrivateBus() { stop(); }
+
+    QString address() const { return QStringLiteral("unix:path=") + socket_; }
+
+    void start()
+    {
+        QFile::remove(socket_);
+        daemon_.start(QStringLiteral("dbus-daemon"),
+                      {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                       QStringLiteral("--address=") + address()});
+        daemon_.waitForStarted();
+        test::waitUntil([&] { return QFile::exists(socket_); });
+    }
+
+    void stop()
+    {
+        if (daemon_.state() == QProcess::NotRunning)
+            return;
+        daemon_.kill();
+        daemon_.waitForFinished();
+    }
+
+private:
+    QString socket_;
+    QProcess daemon_;
+};
+
+bool ownedOn(const QString& address, const QString& connectionName)
+{
+    auto bus = QDBusConnection::connectToBus(address, connectionName);
+    const bool owned = bus.isConnected() && bus.interface()->isServiceRegistered(serviceName);
+    QDBusConnection::disconnectFromBus(connectionName);
+    return owned;
+}
+
+TEST(Process, SessionBusGoingAwayAndComingBackLeavesTheApplicationRunning)
+{
+    QTemporaryDir dir;
+    PrivateBus bus(dir.filePath(QStringLiteral("bus")));
+    auto environment = test::childEnvironment();
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+    CompanionProcess companion({}, environment);
+    ASSERT_TRUE(test::waitUntil([&] { return ownedOn(bus.address(), QStringLiteral("probe1")); },
+                                std::chrono::seconds(20)));
+
+    bus.stop();
+    test::spin(std::chrono::milliseconds(1500));
+    EXPECT_EQ(companion.process().state(), QProcess::Running);
+
+    bus.start();
+    test::spin(std::chrono::milliseconds(1500));
+    EXPECT_EQ(companion.process().state(), QProcess::Running);
+    // Without a bus connection it cannot be the instance on the new bus; a launch there becomes
+    // an instance of its own rather than forwarding into the void.
+    EXPECT_FALSE(ownedOn(bus.address(), QStringLiteral("probe2")));
 }
 
 TEST(Process, BundleWithoutClientInfoStopsTheProcessNamingEnvCommon)

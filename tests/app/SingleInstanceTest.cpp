@@ -42,18 +42,26 @@ protected:
                       const QString& bundleDir = test::builtBundleDir(),
                       const QHash<QString, QString>& launcherVariables = {})
     {
-        QProcess process;
         auto environment = test::childEnvironment(bundleDir);
         environment.remove(QStringLiteral("DESKTOP_STARTUP_ID"));
         environment.remove(QStringLiteral("XDG_ACTIVATION_TOKEN"));
         for (auto it = launcherVariables.begin(); it != launcherVariables.end(); ++it)
             environment.insert(it.key(), it.value());
+        return launchIn(environment, arguments);
+    }
+
+    static int launchIn(const QProcessEnvironment& environment, const QStringList& arguments,
+                        QByteArray* errorOutput = nullptr)
+    {
+        QProcess process;
         process.setProcessEnvironment(environment);
         process.start(test::companionBinary(), arguments);
         if (!test::waitUntil([&] { return process.state() == QProcess::NotRunning; },
                              std::chrono::seconds(30)))
             process.kill();
         process.waitForFinished();
+        if (errorOutput)
+            *errorOutput = process.readAllStandardError();
         return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     }
 
@@ -196,6 +204,26 @@ TEST_F(SingleInstanceOnTheBus, TokensWithSpacesControlCharactersOrOfAnotherTypeA
     EXPECT_EQ(mixed->startupId, QStringLiteral("ok-1"));
 }
 
+// The environment of a launch from a terminal with no graphical session: a session bus, but no
+// display and no platform chosen.
+QProcessEnvironment environmentWithoutDisplay()
+{
+    auto environment = test::childEnvironment();
+    environment.remove(QStringLiteral("DISPLAY"));
+    environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    return environment;
+}
+
+TEST_F(SingleInstanceOnTheBus, LaunchWithoutDisplayStillForwardsItsUrl)
+{
+    QSignalSpy opened(instance_.get(), &SingleInstance::openRequested);
+    const QString url = QStringLiteral("lexmira.extension://oauth?code=C2&code_challenge=X2");
+    EXPECT_EQ(launchIn(environmentWithoutDisplay(), {url}), 0);
+    ASSERT_TRUE(test::waitUntil([&] { return opened.count() == 1; }));
+    EXPECT_EQ(opened.first().first().toStringList(), QStringList{url});
+}
+
 TEST_F(SingleInstanceOnTheBus, ForwardingLaunchBuildsNoEnvironment)
 {
     // A bundle that would stop any launch that builds the environment.
@@ -248,6 +276,19 @@ TEST_F(SingleInstanceOnTheBus, UnknownActionAnswersAnError)
     EXPECT_TRUE(pending.isError());
     EXPECT_TRUE(pending.error().message().contains(QStringLiteral("frobnicate")));
     QDBusConnection::disconnectFromBus(QStringLiteral("caller2"));
+}
+
+// The first launch of a session with no display has nothing to show its window on: it says so
+// and exits, rather than aborting.
+TEST(FirstLaunchWithoutDisplay, ExitsWithAClearMessage)
+{
+    QProcess process;
+    process.setProcessEnvironment(environmentWithoutDisplay());
+    process.start(test::companionBinary(), {});
+    ASSERT_TRUE(process.waitForFinished(30'000));
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_TRUE(process.readAllStandardError().contains("no display"));
 }
 
 } // namespace

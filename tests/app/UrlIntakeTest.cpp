@@ -68,4 +68,20 @@ TEST_F(UrlIntake, UnboundHandlerReceivesNothing)
     ASSERT_TRUE(test::waitUntil([&] { return handler.urls.size() == 1; }));
 }
 
+TEST_F(UrlIntake, UrlsWaitingStopAtTheirBound)
+{
+    auto& application = Application::shared();
+    QStringList burst;
+    for (qsizetype i = 0; i < Application::maxPendingUrls + 10; ++i)
+        burst << QStringLiteral("d:%1").arg(i);
+    application.openUrls(burst);
+
+    RecordingHandler handler;
+    application.setGetUrlHandler(&handler);
+    ASSERT_TRUE(
+        test::waitUntil([&] { return handler.urls.size() == Application::maxPendingUrls; }));
+    test::spin(std::chrono::milliseconds(50));
+    EXPECT_EQ(handler.urls, burst.mid(0, Application::maxPendingUrls));
+}
+
 } // namespace

@@ -162,9 +162,18 @@ const Case cases[] = {
     {"lexmira.extension://oauth?code=a#&code_challenge=b", std::nullopt},
     // Non-ASCII, encoded or as it stands.
     {"lexmira.extension://oauth?code=h%C3%A9&code_challenge=%E2%9C%93", valid("hé", "✓")},
-    {"lexmira.extension://oauth?code=hé&code_challenge=日本", valid("hé", "日本")},
+    // Characters a URL cannot hold as written make the string no URL, raw spaces and raw
+    // non-ASCII alike.
+    {"lexmira.extension://oauth?code=hé&code_challenge=日本", std::nullopt},
+    {"lexmira.extension://oauth?code=a\tb&code_challenge=c", std::nullopt},
     {"lexmira.extension://oauth?code=%F0%9F%94%91&code_challenge=b", valid("🔑", "b")},
     {"lexmira.extension://öauth?code=a&code_challenge=b", std::nullopt},
+    // A percent-encoded host is the host it decodes to; its case still counts.
+    {"lexmira.extension://o%61uth?code=a&code_challenge=b", valid("a", "b")},
+    {"lexmira.extension://%6F%61%75%74%68/?code=a&code_challenge=b", valid("a", "b")},
+    {"lexmira.extension://%4FAUTH?code=a&code_challenge=b", std::nullopt},
+    {"lexmira.extension://%C3%B6auth?code=a&code_challenge=b", std::nullopt},
+    {"lexmira.extension://o%2561uth?code=a&code_challenge=b", std::nullopt},
 };
 
 INSTANTIATE_TEST_SUITE_P(Urls, OAuthUtilsTable, ::testing::ValuesIn(cases));

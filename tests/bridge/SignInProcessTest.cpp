@@ -12,6 +12,7 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusMessage>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -266,6 +267,28 @@ TEST_F(SignInProcess, AnAbsentExtensionCausesExactlyOneAlertAndOneLogRecord)
     EXPECT_EQ(stored(QStringLiteral("message.oauthExchangeMessage")),
               QByteArray(R"([{"code":"4\/P7q-xZ","codeChallenge":")") + callbackChallenge.c_str() +
                   "\"}]");
+}
+
+TEST_F(SignInProcess, ABurstOfCallbacksShowsOneAlertAtATimeAndLogsEveryFailure)
+{
+    // No extension: every hand-off fails. The first alert stays up, since nobody answers it.
+    constexpr int burst = 50;
+    const auto instance = startInstance();
+    auto caller =
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("burst"));
+    for (int i = 0; i < burst; ++i) {
+        auto open = QDBusMessage::createMethodCall(
+            instanceName, QStringLiteral("/com/lexmira/companion"),
+            QStringLiteral("org.freedesktop.Application"), QStringLiteral("Open"));
+        open << QStringList{callback} << QVariantMap();
+        caller.asyncCall(open);
+    }
+    ASSERT_TRUE(test::waitUntil([&] { return handOffLogRecords().size() == burst; }, 60s))
+        << handOffLogRecords().size();
+    test::spin(500ms);
+    EXPECT_EQ(failureAlerts().size(), 1u);
+    EXPECT_TRUE(instance->running());
+    QDBusConnection::disconnectFromBus(QStringLiteral("burst"));
 }
 
 TEST_F(SignInProcess, TheFailureAlertNamesTheBrowserTheExtensionRunsIn)

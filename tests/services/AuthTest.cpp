@@ -3,6 +3,9 @@
 
 #include "services/Auth.h"
 
+#include "platform/HttpCookieParser.h"
+#include "util/Json.h"
+
 #include "support/HttpsTestServer.h"
 #include "support/TestSupport.h"
 
@@ -271,6 +274,27 @@ TEST_F(AuthTest, ALaterCookieOfTheSameNameWins)
     EXPECT_EQ(user->containerId, "second");
 }
 
+TEST_F(AuthTest, CookiesJoinedInOneFieldWithCommasAreEachRead)
+{
+    server.respondWith(userAnswer(
+        {{"Set-Cookie", "lxauth=A2; Path=/, csrf-token=C2; Expires=Wed, 21 Oct 2099 07:28:00 GMT; "
+                        "Secure, norv_containerId=K2"}}));
+    const auto user = fetch(Tokens{"A", "C"}, "K");
+    ASSERT_TRUE(user);
+    EXPECT_EQ(user->tokens, (Tokens{"A2", "C2"}));
+    EXPECT_EQ(user->containerId, "K2");
+}
+
+TEST_F(AuthTest, CookieValueThatIsNotUtf8IsIgnoredAndTheCallersValueKept)
+{
+    server.respondWith(userAnswer({{"Set-Cookie", "norv_containerId=\xff\xfe"}}));
+    const auto user = fetch(std::nullopt, "K");
+    ASSERT_TRUE(user);
+    EXPECT_EQ(user->containerId, "K");
+    EXPECT_TRUE(Json::encode(nlohmann::ordered_json(*user)).has_value())
+        << "the user must stay encodable";
+}
+
 TEST_F(AuthTest, ErrorStatusesYieldNoUserEvenWithAUserBody)
 {
     for (const int status : {201, 301, 400, 401, 404, 500, 503}) {
@@ -364,6 +388,20 @@ TEST(AuthUserUrl, IsHttpsOnTheAccountHostWithTheUserPath)
               QUrl(QStringLiteral("https://127.0.0.1:8443/v3/user/oranonymous")));
     EXPECT_EQ(Auth::userUrl({"no such host!", std::nullopt}), std::nullopt);
     EXPECT_EQ(Auth::userUrl({"", std::nullopt}), std::nullopt);
+}
+
+TEST(SetCookieField, SplitsAtCommasThatStartACookieOnly)
+{
+    using Cookies = std::vector<QByteArray>;
+    EXPECT_EQ(HttpCookieFields::split("a=1, b=2"), (Cookies{"a=1", "b=2"}));
+    EXPECT_EQ(HttpCookieFields::split("a=1; Expires=Wed, 21 Oct 2099 07:28:00 GMT, b=2"),
+              (Cookies{"a=1; Expires=Wed, 21 Oct 2099 07:28:00 GMT", "b=2"}));
+    EXPECT_EQ(HttpCookieFields::split("a=1; expires=Wednesday, 21-Oct-99 07:28:00 GMT"),
+              (Cookies{"a=1; expires=Wednesday, 21-Oct-99 07:28:00 GMT"}));
+    EXPECT_EQ(HttpCookieFields::split("a=x,y"), (Cookies{"a=x,y"}));
+    EXPECT_EQ(HttpCookieFields::split("a=1\nb=2"), (Cookies{"a=1", "b=2"}));
+    EXPECT_EQ(HttpCookieFields::split(""), Cookies{});
+    EXPECT_EQ(HttpCookieFields::split("a=1,\n\nb=2"), (Cookies{"a=1,", "b=2"}));
 }
 
 } // namespace

@@ -227,6 +227,67 @@ TEST_F(HttpClientTest, IdleRequestTimesOut)
     EXPECT_TRUE(recorder.at(0).error);
 }
 
+TEST_F(HttpClientTest, TricklingServerCannotHoldARequestPastItsTransferTime)
+{
+    server.holdRequests();
+    HttpRequest request = get();
+    request.timeout = std::chrono::seconds(30);
+    request.transferTime = std::chrono::seconds(1);
+    client->send(request, recorder.completion());
+    ASSERT_TRUE(server.waitForRequests(1));
+    ASSERT_TRUE(server.trickle(std::chrono::milliseconds(100)));
+
+    ASSERT_TRUE(recorder.waitFor(1));
+    EXPECT_TRUE(recorder.at(0).error);
+    EXPECT_FALSE(recorder.at(0).response);
+}
+
+TEST_F(HttpClientTest, RequestsAreBoundByTheTransferTimeUnlessTheyNameTheirOwn)
+{
+    EXPECT_EQ(HttpRequest().transferTime, HttpRequest::maxTransferTime);
+    EXPECT_EQ(HttpRequest().maxBodyBytes, HttpRequest::defaultMaxBodyBytes);
+}
+
+TEST_F(HttpClientTest, BodyAtItsBoundIsDeliveredAndOneByteMoreIsAnError)
+{
+    HttpRequest request = get();
+    request.maxBodyBytes = 1000;
+    server.respondWith(test::httpStatus(200, QByteArray(1000, 'a')));
+    client->send(request, recorder.completion());
+    ASSERT_TRUE(recorder.waitFor(1));
+    EXPECT_EQ(recorder.at(0).data, QByteArray(1000, 'a'));
+
+    server.respondWith(test::httpStatus(200, QByteArray(1001, 'a')));
+    client->send(request, recorder.completion());
+    ASSERT_TRUE(recorder.waitFor(2));
+    EXPECT_TRUE(recorder.at(1).error);
+    EXPECT_FALSE(recorder.at(1).data);
+}
+
+TEST_F(HttpClientTest, IgnoredBodyIsNotReadAndTheResponseStillArrives)
+{
+    // Ten megabytes the caller has no use for.
+    HttpRequest request = get();
+    request.maxBodyBytes = 0;
+    server.respondWith(test::httpStatus(201, QByteArray(10 * 1024 * 1024, 'a')));
+    client->send(request, recorder.completion());
+    ASSERT_TRUE(recorder.waitFor(1));
+    ASSERT_TRUE(recorder.at(0).response);
+    EXPECT_EQ(recorder.at(0).response->statusCode, 201);
+    EXPECT_EQ(recorder.at(0).data, QByteArray());
+}
+
+TEST_F(HttpClientTest, UserAgentNamesTheCompanionAndItsVersion)
+{
+    client = HttpClient::create(HttpClient::userAgentFor(QStringLiteral("9.8.7")));
+    client->send(get(), recorder.completion());
+    ASSERT_TRUE(recorder.waitFor(1));
+    ASSERT_EQ(server.requests().size(), 1u);
+    const auto agent = server.requests().front().header("User-Agent");
+    ASSERT_TRUE(agent);
+    EXPECT_TRUE(agent->startsWith("Lexmira Companion/9.8.7 (Linux; Qt ")) << agent->constData();
+}
+
 TEST_F(HttpClientTest, ServerNotSignedByATrustedAuthorityIsRejected)
 {
     qunsetenv("LEXMIRA_EXTRA_CA_FILE");

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QThread>
 #include <QTimeZone>
@@ -419,6 +420,33 @@ TEST_F(NorvClientTest, TheNextPingDateSurvivesARestartInTheRealSettings)
     EXPECT_EQ(restarted.nextPingDate(),
               QDateTime(QDate(2024, 5, 15), QTime(3, 42), QTimeZone("Europe/Berlin")));
     EXPECT_EQ(reopened->object(QStringLiteral("norv.nextPingDate")).typeId(), QMetaType::QDateTime);
+}
+
+TEST_F(NorvClientTest, TheNextPingDateIsReadBackByAnotherProcess)
+{
+    const QString bundleId = QStringLiteral("com.lexmira.companion.test2");
+    const auto settings = UserDefaults::standard(bundleId);
+    NorvClient::Platform platform;
+    platform.httpClient = transport;
+    platform.userDefaults = settings.get();
+    platform.now = [this] { return now; };
+    platform.randomMinute = [] { return 42; };
+    {
+        NorvClient client("https://www.lexmira.test", server.url(), "t", "1", false, true,
+                          platform);
+        client.setUserInfo(userU);
+        client.send("ping", std::nullopt, {});
+    }
+    QProcess probe;
+    probe.start(test::toolBinary(QStringLiteral("lexmira-settings-probe")),
+                {bundleId, QStringLiteral("norv.nextPingDate")});
+    ASSERT_TRUE(probe.waitForFinished(20'000));
+    ASSERT_EQ(probe.exitCode(), 0);
+    const QByteArray printed = probe.readAllStandardOutput().trimmed();
+    ASSERT_TRUE(printed.startsWith("QDateTime ")) << printed.toStdString();
+    EXPECT_EQ(QDateTime::fromString(QString::fromUtf8(printed.mid(10)), Qt::ISODateWithMs),
+              QDateTime(QDate(2024, 5, 15), QTime(3, 42), QTimeZone("Europe/Berlin")))
+        << printed.toStdString();
 }
 
 TEST_F(NorvClientTest, InstanceIdentifiersAreEightAlphanumericsNewPerClient)

@@ -6,8 +6,9 @@
 //   write-user-info <userId> <containerId> [observe]
 //       stores a UserInfo under "userInfo"; with observe, it first subscribes to the key and
 //       prints "own-callbacks=<n> userId=<id>" once its own write has been delivered.
-//   hammer <tag> <count>
-//       stores <count> distinct UserInfo values under "userInfo", one after the other.
+//   hammer <tag> <count> [progress]
+//       stores <count> distinct UserInfo values under "userInfo", one after the other; with
+//       progress, prints "w" on a line of its own after each completed write.
 //   read <stop file>
 //       reads "userInfo" until <stop file> exists and prints "reads=<n> valid=<n> invalid=<n>":
 //       a read is valid when it decodes to a value that some hammer wrote in full.
@@ -89,9 +90,14 @@ int hammer(const std::shared_ptr<DataContainer>& container, int argc, char** arg
     ContainerValue<UserInfo> userInfo(container, QStringLiteral("userInfo"));
     const std::string tag = argv[2];
     const int count = std::atoi(argv[3]);
+    const bool progress = argc > 4 && std::string(argv[4]) == "progress";
     for (int i = 0; i < count; ++i) {
         const std::string userId = tag + "-" + std::to_string(i);
         userInfo.setValue(UserInfo{userId, i % 2 == 0, i % 3 == 0, containerIdFor(userId)});
+        if (progress) {
+            std::fputs("w\n", stdout);
+            std::fflush(stdout);
+        }
     }
     return 0;
 }

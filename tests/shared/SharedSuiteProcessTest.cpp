@@ -8,14 +8,22 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
 
 #include <atomic>
+#include <cstdio>
+#include <ctime>
 #include <mutex>
+#include <random>
 #include <string>
 #include <vector>
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -148,6 +156,93 @@ TEST_F(SharedSuiteProcessTest, ConcurrentWritersNeverShowATornValue)
     const auto last = shared.userInfo.value();
     ASSERT_TRUE(last);
     EXPECT_TRUE(last->userId == "A-999" || last->userId == "B-999") << last->userId;
+}
+
+// Two writers killed with SIGKILL at random points, again and again, while a third process reads:
+// every read finds a complete value, the value left after each kill is a complete one, and the
+// temporary files of the killed writers are cleared away once they are old.
+TEST_F(SharedSuiteProcessTest, WritersKilledAtRandomPointsNeverLeaveATornValue)
+{
+    constexpr int totalWrites = 10'000;
+    constexpr int writesPerRun = 400;
+    ASSERT_EQ(runPeer({QStringLiteral("hammer"), QStringLiteral("seed"), QStringLiteral("1")}),
+              QString());
+    const QString stopFile = config.path() + QStringLiteral("/stop-reading");
+    QProcess reader;
+    startPeer(reader, {QStringLiteral("read"), stopFile});
+    ASSERT_TRUE(reader.waitForStarted());
+
+    const auto seed = std::random_device()();
+    std::mt19937 random(seed);
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    int completed = 0;
+    int rounds = 0;
+    int kills = 0;
+    while (completed < totalWrites) {
+        ++rounds;
+        QProcess writers[2];
+        int killAfter[2];
+        for (int i = 0; i < 2; ++i) {
+            killAfter[i] = std::uniform_int_distribution<int>(1, writesPerRun)(random);
+            startPeer(writers[i],
+                      {QStringLiteral("hammer"), QStringLiteral("R%1W%2").arg(rounds).arg(i),
+                       QString::number(writesPerRun), QStringLiteral("progress")});
+        }
+        int written[2] = {0, 0};
+        for (int i = 0; i < 2; ++i) {
+            QProcess& writer = writers[i];
+            ASSERT_TRUE(test::waitUntil(
+                [&] {
+                    written[i] += int(writer.readAllStandardOutput().count('w'));
+                    return written[i] >= killAfter[i] || writer.state() == QProcess::NotRunning;
+                },
+                60s));
+            if (writer.state() != QProcess::NotRunning) {
+                ::kill(pid_t(writer.processId()), SIGKILL);
+                ++kills;
+            }
+        }
+        for (int i = 0; i < 2; ++i) {
+            if (writers[i].state() != QProcess::NotRunning) {
+                ASSERT_TRUE(writers[i].waitForFinished(30'000));
+            }
+            written[i] += int(writers[i].readAllStandardOutput().count('w'));
+            completed += written[i];
+        }
+        const auto value = shared.userInfo.value();
+        ASSERT_TRUE(value) << "round " << rounds;
+        EXPECT_EQ(value->containerId.size(), 32u * 1024 + value->userId.size() + 3);
+    }
+
+    QFile stop(stopFile);
+    ASSERT_TRUE(stop.open(QIODevice::WriteOnly));
+    stop.close();
+    ASSERT_TRUE(reader.waitForFinished(30000));
+    const QString report = QString::fromUtf8(reader.readAllStandardOutput()).trimmed();
+    const auto match =
+        QRegularExpression(QStringLiteral("^reads=(\\d+) valid=(\\d+) invalid=(\\d+)$"))
+            .match(report);
+    ASSERT_TRUE(match.hasMatch()) << report.toStdString();
+    EXPECT_GT(match.captured(1).toLong(), 0);
+    EXPECT_EQ(match.captured(3).toLong(), 0);
+    std::printf("[ figures  ] %d writes completed in %d rounds, %d writers killed, %s reads all "
+                "valid\n",
+                completed, rounds, kills, qPrintable(match.captured(1)));
+
+    // What the killed writers left behind, made old, goes when the suite is next opened.
+    QDir root(config.suiteRoot());
+    const auto leftovers = root.entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
+    for (const QString& name : leftovers) {
+        if (!name.startsWith(QLatin1Char('.')))
+            continue;
+        const timespec old{std::time(nullptr) - 3600, 0};
+        const timespec times[2] = {old, old};
+        ::utimensat(AT_FDCWD, QFile::encodeName(root.filePath(name)).constData(), times, 0);
+    }
+    EXPECT_NE(SharedSuite::open(QString::fromUtf8(appGroupSuiteName)), nullptr);
+    const auto remaining = root.entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
+    for (const QString& name : remaining)
+        EXPECT_FALSE(name.startsWith(QLatin1Char('.'))) << name.toStdString();
 }
 
 } // namespace

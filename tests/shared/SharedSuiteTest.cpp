@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <atomic>
 #include <condition_variable>
@@ -24,7 +25,14 @@
 #include <thread>
 #include <vector>
 
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+
+#include <fcntl.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -634,6 +642,219 @@ TEST(EnvCommonSharedData, RunsOnTheNoopContainerWithoutASuite)
     common.sharedData.companionContainerId.setValue("c-env"s);
     EXPECT_EQ(common.sharedData.companionContainerId.value(), std::nullopt);
     EXPECT_EQ(common.appInfo.appName, "Lexmira");
+}
+
+} // namespace
+
+namespace {
+
+// The suite's directory changed under a running suite, as another process of the user can.
+class SharedSuiteDirectoryTest : public SharedSuiteTest {
+protected:
+    void removeRoot() { ASSERT_TRUE(QDir(config.suiteRoot()).removeRecursively()); }
+
+    // Waits until the watcher has created the directory again.
+    bool rootIsBack() const
+    {
+        return test::waitUntil([&] { return QFileInfo(config.suiteRoot()).isDir(); });
+    }
+
+    // A write of another process: a complete file renamed into place.
+    void writeAsAnotherProcess(const QString& key, const QByteArray& bytes)
+    {
+        const QString temporary = keyFile(QStringLiteral(".other"));
+        QFile file(temporary);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        file.close();
+        ASSERT_EQ(::rename(QFile::encodeName(temporary).constData(),
+                           QFile::encodeName(keyFile(key)).constData()),
+                  0);
+    }
+};
+
+TEST_F(SharedSuiteDirectoryTest, WriteAfterTheDirectoryWasRemovedIsStored)
+{
+    suite->setData(QByteArray("[1]"), QStringLiteral("k"));
+    removeRoot();
+    suite->setData(QByteArray("[2]"), QStringLiteral("k"));
+    EXPECT_EQ(fileContents(keyFile(QStringLiteral("k"))), QByteArray("[2]"));
+    EXPECT_EQ(suite->data(QStringLiteral("k")), QByteArray("[2]"));
+}
+
+TEST_F(SharedSuiteDirectoryTest, RemovedDirectoryIsCreatedAgainAndChangesAreStillNoticed)
+{
+    const auto observer = std::make_shared<CountingObserver>();
+    suite->addObserver(observer, QStringLiteral("userInfo"));
+    removeRoot();
+    ASSERT_TRUE(rootIsBack());
+    EXPECT_EQ(modeOf(config.suiteRoot()), 0700u);
+    // Whatever the removal took away was announced once.
+    ASSERT_TRUE(test::waitUntil([&] { return observer->count(QStringLiteral("userInfo")) >= 1; }));
+    const int before = observer->count(QStringLiteral("userInfo"));
+    writeAsAnotherProcess(QStringLiteral("userInfo"), "[null]");
+    ASSERT_TRUE(
+        test::waitUntil([&] { return observer->count(QStringLiteral("userInfo")) == before + 1; }));
+}
+
+TEST_F(SharedSuiteDirectoryTest, DirectoryReplacedByAnotherIsWatchedInstead)
+{
+    const auto observer = std::make_shared<CountingObserver>();
+    suite->addObserver(observer, QStringLiteral("userInfo"));
+    const QString replacement = config.path() + QStringLiteral("/replacement");
+    ASSERT_TRUE(QDir().mkpath(replacement));
+    ASSERT_TRUE(QFile::rename(config.suiteRoot(), config.path() + QStringLiteral("/old")));
+    // rename(2), which may replace the empty directory the suite can have created meanwhile.
+    ASSERT_EQ(::rename(QFile::encodeName(replacement).constData(),
+                       QFile::encodeName(config.suiteRoot()).constData()),
+              0);
+    ASSERT_TRUE(test::waitUntil([&] { return observer->count(QStringLiteral("userInfo")) >= 1; }));
+    const int before = observer->count(QStringLiteral("userInfo"));
+    writeAsAnotherProcess(QStringLiteral("userInfo"), "[null]");
+    ASSERT_TRUE(
+        test::waitUntil([&] { return observer->count(QStringLiteral("userInfo")) == before + 1; }));
+    suite->setData(QByteArray("[3]"), QStringLiteral("k"));
+    EXPECT_EQ(fileContents(keyFile(QStringLiteral("k"))), QByteArray("[3]"));
+}
+
+TEST_F(SharedSuiteTest, RootWritableByOthersIsMadePrivate)
+{
+    suite.reset();
+    ASSERT_EQ(::chmod(QFile::encodeName(config.suiteRoot()).constData(), 0777), 0);
+    EXPECT_NE(SharedSuite::open(suiteName), nullptr);
+    EXPECT_EQ(modeOf(config.suiteRoot()), 0700u);
+}
+
+TEST_F(SharedSuiteTest, RootOfAnotherUserIsNotUsed)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "giving the directory to another user needs root";
+    suite.reset();
+    ASSERT_EQ(::chown(QFile::encodeName(config.suiteRoot()).constData(), 65534, 65534), 0);
+    EXPECT_EQ(SharedSuite::open(suiteName), nullptr);
+}
+
+TEST_F(SharedSuiteTest, RootThatIsASymlinkIsNotUsed)
+{
+    suite.reset();
+    const QString elsewhere = config.path() + QStringLiteral("/elsewhere");
+    ASSERT_TRUE(QDir(config.suiteRoot()).removeRecursively());
+    ASSERT_TRUE(QDir().mkpath(elsewhere));
+    ASSERT_TRUE(QFile::link(elsewhere, config.suiteRoot()));
+    EXPECT_EQ(SharedSuite::open(suiteName), nullptr);
+}
+
+TEST_F(SharedSuiteTest, ValueAtTheSizeBoundIsReadAndOneByteMoreIsNot)
+{
+    const QByteArray atBound(SharedSuite::maxValueBytes, 'x');
+    suite->setData(atBound, QStringLiteral("k"));
+    EXPECT_EQ(suite->data(QStringLiteral("k")), atBound);
+
+    QFile file(keyFile(QStringLiteral("big")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(atBound + 'x');
+    file.close();
+    EXPECT_EQ(suite->data(QStringLiteral("big")), std::nullopt);
+}
+
+TEST_F(SharedSuiteTest, ValueOverTheSizeBoundIsNotStored)
+{
+    suite->setData(QByteArray("[1]"), QStringLiteral("k"));
+    suite->setData(QByteArray(SharedSuite::maxValueBytes + 1, 'x'), QStringLiteral("k"));
+    EXPECT_EQ(suite->data(QStringLiteral("k")), QByteArray("[1]"));
+}
+
+TEST_F(SharedSuiteTest, StaleTemporaryFilesOfDeadWritersAreRemovedOnOpen)
+{
+    suite.reset();
+    const auto makeTemporary = [&](const QString& name, std::chrono::seconds age) {
+        QFile file(keyFile(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("[tor");
+        file.close();
+        const timespec then{std::time(nullptr) - age.count(), 0};
+        const timespec times[2] = {then, then};
+        EXPECT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(keyFile(name)).constData(), times, 0), 0);
+    };
+    const auto stale = SharedSuite::staleTemporaryAge + std::chrono::seconds(1);
+    makeTemporary(QStringLiteral(".userInfo.123"), stale);
+    makeTemporary(QStringLiteral(".userInfo.456"), std::chrono::seconds(0));
+    suite = SharedSuite::open(suiteName);
+    ASSERT_NE(suite, nullptr);
+    EXPECT_FALSE(QFileInfo::exists(keyFile(QStringLiteral(".userInfo.123"))));
+    EXPECT_TRUE(QFileInfo::exists(keyFile(QStringLiteral(".userInfo.456"))))
+        << "a writer may still be working on a recent one";
+}
+
+} // namespace
+
+namespace {
+
+// A small file system of its own for the suite, so that it can be filled up. Mounting needs the
+// right to mount, which tests running as root have.
+class FullDiskTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (::geteuid() != 0)
+            GTEST_SKIP() << "mounting a small tmpfs needs root";
+        const QByteArray mountPoint = QFile::encodeName(dir_.path());
+        if (::mount("tmpfs", mountPoint.constData(), "tmpfs", 0, "size=512k,mode=0700") != 0)
+            GTEST_SKIP() << "cannot mount a tmpfs here: " << std::strerror(errno);
+        mounted_ = true;
+        previous_ = qgetenv("XDG_CONFIG_HOME");
+        qputenv("XDG_CONFIG_HOME", mountPoint);
+        suite = SharedSuite::open(suiteName);
+        ASSERT_NE(suite, nullptr);
+    }
+
+    void TearDown() override
+    {
+        suite.reset();
+        if (mounted_) {
+            qputenv("XDG_CONFIG_HOME", previous_);
+            ::umount2(QFile::encodeName(dir_.path()).constData(), MNT_DETACH);
+        }
+    }
+
+    // Fills the file system until a write fails for want of space.
+    void fillUp()
+    {
+        QFile filler(dir_.filePath(QStringLiteral("filler")));
+        ASSERT_TRUE(filler.open(QIODevice::WriteOnly));
+        const QByteArray block(4096, 'f');
+        while (filler.write(block) == block.size() && filler.flush()) {
+        }
+        filler.close();
+    }
+
+    QString suiteRoot() const
+    {
+        return QDir(dir_.filePath(QStringLiteral("group-containers"))).filePath(suiteName);
+    }
+
+    QTemporaryDir dir_;
+    bool mounted_ = false;
+    QByteArray previous_;
+    std::shared_ptr<SharedSuite> suite;
+};
+
+TEST_F(FullDiskTest, WriteOnAFullDiskKeepsTheEarlierValueWhole)
+{
+    const QByteArray earlier(8 * 1024, 'a');
+    suite->setData(earlier, QStringLiteral("userInfo"));
+    fillUp();
+    for (int i = 0; i < 20; ++i)
+        suite->setData(QByteArray(64 * 1024, char('b' + i)), QStringLiteral("userInfo"));
+    EXPECT_EQ(suite->data(QStringLiteral("userInfo")), earlier);
+    const auto entries =
+        QDir(suiteRoot()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    EXPECT_EQ(entries, QStringList{QStringLiteral("userInfo")}) << "no temporary file is left";
+
+    // Space again, and writes land again.
+    ASSERT_TRUE(QFile::remove(dir_.filePath(QStringLiteral("filler"))));
+    suite->setData(QByteArray("[1]"), QStringLiteral("userInfo"));
+    EXPECT_EQ(suite->data(QStringLiteral("userInfo")), QByteArray("[1]"));
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include <QSslSocket>
 #include <QTcpServer>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <cstdio>
 #include <cstdlib>
@@ -217,6 +218,25 @@ void HttpsTestServer::holdRequests()
 bool HttpsTestServer::waitForRequests(std::size_t count, std::chrono::milliseconds timeout)
 {
     return waitUntil([this, count] { return requests_.size() >= count; }, timeout);
+}
+
+bool HttpsTestServer::trickle(std::chrono::milliseconds interval)
+{
+    while (!held_.empty()) {
+        const QPointer<QSslSocket> socket = held_.front();
+        held_.pop_front();
+        if (!socket)
+            continue;
+        socket->write("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n");
+        auto* timer = new QTimer(socket);
+        connect(timer, &QTimer::timeout, socket, [socket] {
+            if (socket)
+                socket->write("x");
+        });
+        timer->start(interval);
+        return true;
+    }
+    return false;
 }
 
 bool HttpsTestServer::release(const Response& response)

@@ -82,6 +82,10 @@ public:
     std::size_t heldCount() const { return held_.size(); }
     // Answers the oldest held request with response. Returns false when none was held.
     bool release(const Response& response);
+    // Starts answering the oldest held request with a status line and a header announcing a
+    // large body, then sends one byte of it every interval, for as long as the client listens.
+    // Returns false when none was held.
+    bool trickle(std::chrono::milliseconds interval);
 
     // The PEM file of the test certificate authority, generated once per process.
     static QString caFile();

@@ -9,6 +9,7 @@
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QThread>
+#include <QTimer>
 
 #include <future>
 
@@ -49,9 +50,12 @@ bool describesArrivedStatus(QNetworkReply::NetworkError error)
             code <= QNetworkReply::UnknownServerError);
 }
 
-QNetworkRequest networkRequest(const HttpRequest& request, const QSslConfiguration& tls)
+QNetworkRequest networkRequest(const HttpRequest& request, const QSslConfiguration& tls,
+                               const QByteArray& userAgent)
 {
     QNetworkRequest result(request.url);
+    if (!userAgent.isEmpty())
+        result.setRawHeader("User-Agent", userAgent);
     for (const auto& [name, value] : request.headerFields)
         result.setRawHeader(name, value);
     result.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
@@ -63,20 +67,99 @@ QNetworkRequest networkRequest(const HttpRequest& request, const QSslConfigurati
     return result;
 }
 
-void complete(QNetworkReply& reply, const HttpClient::Completion& completion)
+HttpResponse responseOf(const QNetworkReply& reply)
 {
-    const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (!status.isValid() || !describesArrivedStatus(reply.error())) {
-        completion(std::nullopt, std::nullopt, HttpError{reply.errorString()});
-        return;
-    }
     HttpResponse response;
-    response.statusCode = status.toInt();
+    response.statusCode = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     for (const auto& [name, value] : reply.rawHeaderPairs())
         response.headerFields.emplace_back(name, value);
     response.url = reply.url();
-    completion(reply.readAll(), std::move(response), std::nullopt);
+    return response;
 }
+
+// One request in flight, on the worker thread: watches its size and its time, and calls the
+// completion exactly once. Deletes itself with its reply.
+class Exchange final : public QObject {
+public:
+    Exchange(QNetworkReply* reply, const HttpRequest& request, HttpClient::Completion completion)
+        : QObject(reply)
+        , reply_(reply)
+        , maxBodyBytes_(request.maxBodyBytes)
+        , completion_(std::move(completion))
+    {
+        connect(reply, &QNetworkReply::finished, this, &Exchange::finished);
+        connect(reply, &QNetworkReply::metaDataChanged, this, &Exchange::headerArrived);
+        connect(reply, &QNetworkReply::downloadProgress, this, &Exchange::progressed);
+        auto* deadline = new QTimer(this);
+        deadline->setSingleShot(true);
+        connect(deadline, &QTimer::timeout, this,
+                [this] { fail(QStringLiteral("The request took longer than allowed")); });
+        deadline->start(request.transferTime);
+    }
+
+private:
+    void headerArrived()
+    {
+        // A caller that ignores the body has all it needs once the status is known, unless the
+        // status is a redirect that is still to be followed.
+        const QVariant status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        const bool redirect = status.toInt() / 100 == 3 && reply_->hasRawHeader("Location");
+        if (maxBodyBytes_ == 0 && status.isValid() && !redirect)
+            succeed(QByteArray());
+    }
+
+    void progressed(qint64 received, qint64 total)
+    {
+        if (maxBodyBytes_ > 0 && (received > maxBodyBytes_ || total > maxBodyBytes_))
+            fail(QStringLiteral("The response is larger than allowed"));
+    }
+
+    void finished()
+    {
+        const QVariant status = reply_->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        if (!status.isValid() || !describesArrivedStatus(reply_->error())) {
+            fail(reply_->errorString());
+            return;
+        }
+        const QByteArray body = reply_->readAll();
+        if (body.size() > maxBodyBytes_ && maxBodyBytes_ > 0) {
+            fail(QStringLiteral("The response is larger than allowed"));
+            return;
+        }
+        succeed(maxBodyBytes_ == 0 ? QByteArray() : body);
+    }
+
+    void succeed(const QByteArray& body)
+    {
+        if (!completion_)
+            return;
+        const auto completion = std::exchange(completion_, nullptr);
+        end();
+        completion(body, responseOf(*reply_), std::nullopt);
+    }
+
+    void fail(const QString& reason)
+    {
+        if (!completion_)
+            return;
+        const auto completion = std::exchange(completion_, nullptr);
+        end();
+        completion(std::nullopt, std::nullopt, HttpError{reason});
+    }
+
+    // Stops whatever is still coming; the reply, and this with it, go on the next turn.
+    void end()
+    {
+        disconnect(reply_, nullptr, this, nullptr);
+        if (reply_->isRunning())
+            reply_->abort();
+        reply_->deleteLater();
+    }
+
+    QNetworkReply* reply_;
+    const qsizetype maxBodyBytes_;
+    HttpClient::Completion completion_;
+};
 
 // The worker thread and its QNetworkAccessManager, which is created, used and destroyed on it.
 class NetworkThread final : public QThread {
@@ -114,8 +197,9 @@ private:
 
 class QtHttpClient final : public HttpClient {
 public:
-    QtHttpClient()
+    explicit QtHttpClient(QByteArray userAgent)
         : tls_(tlsConfiguration())
+        , userAgent_(std::move(userAgent))
     {
     }
 
@@ -124,26 +208,25 @@ public:
         auto* manager = thread_.manager();
         QMetaObject::invokeMethod(
             manager,
-            [manager, tls = tls_, request = std::move(request),
-             completion = std::move(completion)] {
-                QNetworkReply* reply = manager->sendCustomRequest(networkRequest(request, tls),
-                                                                  request.method, request.body);
-                QObject::connect(reply, &QNetworkReply::finished, reply, [reply, completion] {
-                    reply->deleteLater();
-                    complete(*reply, completion);
-                });
+            [manager, tls = tls_, userAgent = userAgent_, request = std::move(request),
+             completion = std::move(completion)]() mutable {
+                QNetworkReply* reply = manager->sendCustomRequest(
+                    networkRequest(request, tls, userAgent), request.method, request.body);
+                new Exchange(reply, request, std::move(completion));
             },
             Qt::QueuedConnection);
     }
 
 private:
     const QSslConfiguration tls_;
+    const QByteArray userAgent_;
     NetworkThread thread_;
 };
 
 } // namespace
 
-std::unique_ptr<HttpClient> HttpClient::create()
+std::unique_ptr<HttpClient> HttpClient::create(const QByteArray& userAgent)
 {
-    return std::make_unique<QtHttpClient>();
+    return std::make_unique<QtHttpClient>(userAgent.isEmpty() ? userAgentFor(QString())
+                                                              : userAgent);
 }

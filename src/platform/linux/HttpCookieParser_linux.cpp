@@ -4,8 +4,16 @@
 #include "platform/HttpCookieParser.h"
 
 #include <QNetworkCookie>
+#include <QStringDecoder>
 
 namespace {
+
+bool isUtf8(const QByteArray& bytes)
+{
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    [[maybe_unused]] const QString text = utf8(bytes);
+    return !utf8.hasError();
+}
 
 class QtCookieParser final : public HttpCookieParser {
 public:
@@ -16,9 +24,15 @@ public:
         for (const auto& [name, value] : headerFields) {
             if (name.compare("set-cookie", Qt::CaseInsensitive) != 0)
                 continue;
-            for (QNetworkCookie cookie : QNetworkCookie::parseCookies(value)) {
-                cookie.normalize(url);
-                result.push_back({cookie.name().toStdString(), cookie.value().toStdString()});
+            for (const QByteArray& text : HttpCookieFields::split(value)) {
+                for (QNetworkCookie cookie : QNetworkCookie::parseCookies(text)) {
+                    // Names and values are kept as text further on; bytes that are not text
+                    // would make every later use of the cookie fail, so the cookie is not taken.
+                    if (!isUtf8(cookie.name()) || !isUtf8(cookie.value()))
+                        continue;
+                    cookie.normalize(url);
+                    result.push_back({cookie.name().toStdString(), cookie.value().toStdString()});
+                }
             }
         }
         return result;

@@ -121,6 +121,10 @@ KeychainItems::Status statusOf(const GError* error)
         return KeychainItems::interactionNotAllowed;
     if (error && error->domain == SECRET_ERROR && error->code == SECRET_ERROR_NO_SUCH_OBJECT)
         return KeychainItems::itemNotFound;
+    // The service may have gone away (killed, restarted). libsecret keeps the connection it made
+    // first, with a session that only the old service knew; dropping it lets the next call reach
+    // whichever service holds the name then.
+    secret_service_disconnect();
     return KeychainItems::notAvailable;
 }
 
@@ -134,7 +138,8 @@ public:
             data->second.metaType() != QMetaType::fromType<QByteArray>())
             return param;
         CollectionPtr collection;
-        if (const auto status = openDefaultCollection(collection); status != success)
+        if (const auto status = openDefaultCollection(collection, CreateIfMissing::yes);
+            status != success)
             return status == itemNotFound ? notAvailable : status;
         GError* rawError = nullptr;
         ItemList existing;
@@ -219,7 +224,8 @@ private:
     static Status findItems(GHashTable* attributes, SecretSearchFlags flags, ItemList& found)
     {
         CollectionPtr collection;
-        if (const auto status = openDefaultCollection(collection); status != success)
+        if (const auto status = openDefaultCollection(collection, CreateIfMissing::no);
+            status != success)
             return status;
         GError* rawError = nullptr;
         found.reset(secret_collection_search_sync(collection.get(), keychainSchema(), attributes,
@@ -230,9 +236,15 @@ private:
         return found.list ? success : itemNotFound;
     }
 
-    // The unlocked default collection; itemNotFound when there is none yet, another status when
-    // the service cannot be reached or the collection is locked.
-    static Status openDefaultCollection(CollectionPtr& collection)
+    enum class CreateIfMissing { no, yes };
+
+    // The unlocked default collection; itemNotFound when there is none yet (and none is to be
+    // created), another status when the service cannot be reached or the collection is locked.
+    // A service with no default collection is given one, as the service's own password store
+    // does on its first write: the collection "Login" under the alias "default". The service may
+    // ask the user for the new collection's password first, and this call waits for that answer;
+    // callers that must not wait run it off their event loop.
+    static Status openDefaultCollection(CollectionPtr& collection, CreateIfMissing create)
     {
         GError* rawError = nullptr;
         const ServicePtr service(secret_service_get_sync(SECRET_SERVICE_NONE, nullptr, &rawError));
@@ -244,6 +256,14 @@ private:
         error.reset(rawError);
         if (error)
             return statusOf(error.get());
+        if (!collection && create == CreateIfMissing::yes) {
+            collection.reset(
+                secret_collection_create_sync(service.get(), "Login", SECRET_COLLECTION_DEFAULT,
+                                              SECRET_COLLECTION_CREATE_NONE, nullptr, &rawError));
+            error.reset(rawError);
+            if (error)
+                return statusOf(error.get());
+        }
         if (!collection)
             return itemNotFound;
         if (secret_collection_get_locked(collection.get()))

@@ -3,6 +3,7 @@
 
 #include "platform/SharedSuite.h"
 
+#include <QLoggingCategory>
 #include <QRandomGenerator>
 
 #include <algorithm>
@@ -11,6 +12,8 @@
 #include <condition_variable>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <map>
 #include <mutex>
 #include <string>
@@ -18,6 +21,7 @@
 #include <utility>
 #include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -30,10 +34,21 @@
 // over the key's file, so a reader opens either the old file or the new one, never a partial
 // one. Temporary files start with "." and are invisible to observers; the directory's inotify
 // watch turns every rename, removal and completed write of a key's file into one notification.
+//
+// Other processes of the user can remove or replace the directory while it is in use; it is
+// then created again and watched anew, and writes never go to a directory nobody reads.
 
 namespace {
 
+Q_LOGGING_CATEGORY(suiteLog, "lexmira.suite")
+
 constexpr std::uint32_t watchedEvents = IN_MOVED_TO | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM;
+// The directory itself going away: removed, or renamed to somewhere else.
+constexpr std::uint32_t rootEvents = IN_DELETE_SELF | IN_MOVE_SELF;
+
+constexpr qsizetype maxValueBytes = SharedSuite::maxValueBytes;
+constexpr std::time_t staleTemporaryAgeSeconds =
+    std::chrono::seconds(SharedSuite::staleTemporaryAge).count();
 
 class FileDescriptor {
 public:
@@ -114,6 +129,7 @@ bool writeAll(int fd, const QByteArray& bytes)
     return true;
 }
 
+// The whole file, or none when it cannot be read or holds more than maxValueBytes.
 std::optional<QByteArray> readAll(int fd)
 {
     QByteArray bytes;
@@ -127,6 +143,8 @@ std::optional<QByteArray> readAll(int fd)
         }
         if (count == 0)
             return bytes;
+        if (bytes.size() + count > maxValueBytes)
+            return std::nullopt;
         bytes.append(buffer, count);
     }
 }
@@ -154,6 +172,56 @@ bool makeDirectories(const std::string& path)
     return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+// The suite's own directory must be a directory of this user that nobody else can write to. One
+// of this user's that group or others may write to is made 0700; anything else is not used.
+bool isUsableRoot(const std::string& root)
+{
+    struct stat status {};
+    if (::lstat(root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        qCCritical(suiteLog, "Shared suite %s is not a directory; not used", root.c_str());
+        return false;
+    }
+    if (status.st_uid != ::geteuid()) {
+        qCCritical(suiteLog, "Shared suite %s belongs to user %u, not to this user; not used",
+                   root.c_str(), static_cast<unsigned>(status.st_uid));
+        return false;
+    }
+    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0 && ::chmod(root.c_str(), 0700) != 0) {
+        qCCritical(suiteLog, "Shared suite %s is writable by others and cannot be made private",
+                   root.c_str());
+        return false;
+    }
+    return true;
+}
+
+// Creates the suite's directory if it is missing and checks it.
+bool prepareRoot(const std::string& root)
+{
+    return makeDirectories(root) && isUsableRoot(root);
+}
+
+// Removes the temporary files that writers killed between creating and renaming them left
+// behind. Only files old enough that no live writer can still own them are touched.
+void removeStaleTemporaries(const std::string& root)
+{
+    DIR* directory = ::opendir(root.c_str());
+    if (!directory)
+        return;
+    const std::time_t now = std::time(nullptr);
+    while (const dirent* entry = ::readdir(directory)) {
+        const std::string name = entry->d_name;
+        if (name.size() < 2 || name[0] != '.' || name == "..")
+            continue;
+        struct stat status {};
+        if (::fstatat(::dirfd(directory), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
+            !S_ISREG(status.st_mode) || status.st_uid != ::geteuid())
+            continue;
+        if (now - status.st_mtime >= staleTemporaryAgeSeconds)
+            ::unlinkat(::dirfd(directory), name.c_str(), 0);
+    }
+    ::closedir(directory);
+}
+
 // XDG_CONFIG_HOME when set to an absolute path, otherwise $HOME/.config.
 std::string configHome()
 {
@@ -167,8 +235,10 @@ std::string configHome()
 // the thread never outlives what it uses, even when the suite goes away inside a callback.
 class Watcher {
 public:
-    Watcher(FileDescriptor inotify, FileDescriptor wakeup)
-        : inotify_(std::move(inotify))
+    Watcher(std::string root, FileDescriptor inotify, int watch, FileDescriptor wakeup)
+        : root_(std::move(root))
+        , inotify_(std::move(inotify))
+        , watch_(watch)
         , wakeup_(std::move(wakeup))
     {
     }
@@ -228,18 +298,27 @@ public:
                 continue;
             std::vector<std::string> changed;
             bool overflow = false;
+            bool rootGone = false;
             for (ssize_t offset = 0; offset < length;) {
                 const auto* event = reinterpret_cast<const inotify_event*>(buffer + offset);
                 offset += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
                 if (event->mask & IN_Q_OVERFLOW)
                     overflow = true;
+                else if (event->wd != watch_)
+                    continue; // a watch given up already
+                else if (event->mask & (rootEvents | IN_IGNORED))
+                    rootGone = true;
                 else if ((event->mask & watchedEvents) && event->len > 0 && event->name[0] != '.')
                     changed.emplace_back(event->name);
             }
-            if (overflow)
-                notifyEveryKey();
             for (const auto& name : changed)
                 notify(name);
+            if (rootGone)
+                watchRootAgain();
+            if (overflow || rootGone) {
+                removeStaleTemporaries(root_);
+                notifyEveryKey();
+            }
         }
     }
 
@@ -251,6 +330,21 @@ public:
     }
 
 private:
+    // The directory was removed or moved away: the one at the suite's place, created again if
+    // need be, is watched instead. What changed in between is unknown, so every key notifies.
+    void watchRootAgain()
+    {
+        ::inotify_rm_watch(inotify_.get(), watch_); // fails harmlessly when already ignored
+        watch_ = -1;
+        if (!prepareRoot(root_))
+            return;
+        watch_ = ::inotify_add_watch(inotify_.get(), root_.c_str(),
+                                     watchedEvents | rootEvents | IN_ONLYDIR | IN_DONT_FOLLOW);
+        if (watch_ < 0)
+            qCCritical(suiteLog, "Shared suite %s can no longer be watched: %s", root_.c_str(),
+                       std::strerror(errno));
+    }
+
     struct Entry {
         std::shared_ptr<SharedSuiteObserver> observer;
         QString key;
@@ -299,7 +393,9 @@ private:
         }
     }
 
+    const std::string root_;
     FileDescriptor inotify_;
+    int watch_; // watcher thread only after start
     FileDescriptor wakeup_;
     std::atomic<bool> stopped_ = false;
 
@@ -342,7 +438,8 @@ public:
         if (!fd.valid())
             return std::nullopt;
         struct stat status {};
-        if (::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        if (::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+            status.st_size > maxValueBytes)
             return std::nullopt;
         return readAll(fd.get());
     }
@@ -357,25 +454,15 @@ public:
                 syncDirectory(root_);
             return;
         }
-        std::string temporary;
-        FileDescriptor fd;
-        for (int attempt = 0; attempt < 100 && !fd.valid(); ++attempt) {
-            temporary = path("." + name.substr(0, 64) + "." +
-                             std::to_string(QRandomGenerator::global()->generate64()));
-            fd = FileDescriptor(::open(temporary.c_str(),
-                                       O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
-            if (!fd.valid() && errno != EEXIST)
-                return;
-        }
-        if (!fd.valid())
-            return;
-        const bool written = ::fchmod(fd.get(), 0600) == 0 && writeAll(fd.get(), *bytes) &&
-                             ::fsync(fd.get()) == 0 && fd.close();
-        if (!written || ::rename(temporary.c_str(), path(name).c_str()) != 0) {
-            ::unlink(temporary.c_str());
+        if (bytes->size() > maxValueBytes) {
+            qCWarning(suiteLog, "Value of %lld bytes for %s not stored",
+                      static_cast<long long>(bytes->size()), name.c_str());
             return;
         }
-        syncDirectory(root_);
+        // The directory can have been removed since it was last used; it is created again
+        // rather than letting the write go nowhere.
+        if (!writeValue(*bytes, name) && errno == ENOENT && prepareRoot(root_))
+            writeValue(*bytes, name);
     }
 
     void addObserver(std::shared_ptr<SharedSuiteObserver> observer, const QString& key) override
@@ -390,6 +477,34 @@ public:
     }
 
 private:
+    // Writes bytes under the file name; false with errno set when it did not make it, and
+    // whatever was there before stays.
+    bool writeValue(const QByteArray& bytes, const std::string& name)
+    {
+        std::string temporary;
+        FileDescriptor fd;
+        for (int attempt = 0; attempt < 100 && !fd.valid(); ++attempt) {
+            temporary = path("." + name.substr(0, 64) + "." +
+                             std::to_string(QRandomGenerator::global()->generate64()));
+            fd = FileDescriptor(::open(temporary.c_str(),
+                                       O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
+            if (!fd.valid() && errno != EEXIST)
+                return false;
+        }
+        if (!fd.valid())
+            return false;
+        const bool written = ::fchmod(fd.get(), 0600) == 0 && writeAll(fd.get(), bytes) &&
+                             ::fsync(fd.get()) == 0 && fd.close();
+        if (!written || ::rename(temporary.c_str(), path(name).c_str()) != 0) {
+            const int error = errno;
+            ::unlink(temporary.c_str());
+            errno = error;
+            return false;
+        }
+        syncDirectory(root_);
+        return true;
+    }
+
     std::string path(const std::string& name) const { return root_ + "/" + name; }
 
     std::string root_;
@@ -405,14 +520,17 @@ std::unique_ptr<SharedSuite> SharedSuite::open(const QString& suiteName)
     if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos)
         return nullptr;
     const std::string root = configHome() + "/group-containers/" + name;
-    if (root.front() != '/' || !makeDirectories(root))
+    if (root.front() != '/' || !prepareRoot(root))
         return nullptr;
     FileDescriptor inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     FileDescriptor wakeup(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
     if (!inotify.valid() || !wakeup.valid())
         return nullptr;
-    if (::inotify_add_watch(inotify.get(), root.c_str(), watchedEvents | IN_ONLYDIR) < 0)
+    const int watch = ::inotify_add_watch(inotify.get(), root.c_str(),
+                                          watchedEvents | rootEvents | IN_ONLYDIR | IN_DONT_FOLLOW);
+    if (watch < 0)
         return nullptr;
+    removeStaleTemporaries(root);
     return std::make_unique<DirectorySharedSuite>(
-        root, std::make_shared<Watcher>(std::move(inotify), std::move(wakeup)));
+        root, std::make_shared<Watcher>(root, std::move(inotify), watch, std::move(wakeup)));
 }
