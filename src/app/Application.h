@@ -24,8 +24,9 @@ class Application final : public QApplication {
 
 public:
     // The most URLs that wait for the handler; a burst beyond it is dropped, latest first, so
-    // that a flood of callbacks cannot grow the queue without end.
-    static constexpr qsizetype maxPendingUrls = 64;
+    // that a flood of callbacks cannot grow the queue without end. A burst of a thousand
+    // sign-in URLs arriving at once is still delivered whole, in order.
+    static constexpr qsizetype maxPendingUrls = 1024;
 
     Application(int& argc, char** argv);
     ~Application() override;
