@@ -3,37 +3,17 @@
 
 #include "platform/HttpClient.h"
 
+#include "platform/linux/TlsTrust.h"
+
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QThread>
 
 #include <future>
 
 namespace {
-
-QList<QSslCertificate> extraCaCertificates()
-{
-    const QString path = qEnvironmentVariable("LEXMIRA_EXTRA_CA_FILE");
-    if (path.isEmpty())
-        return {};
-    const auto certificates =
-        QSslCertificate::fromPath(path, QSsl::Pem, QSslCertificate::PatternSyntax::FixedString);
-    if (certificates.isEmpty())
-        qWarning("LEXMIRA_EXTRA_CA_FILE names no readable PEM certificate: %s",
-                 qUtf8Printable(path));
-    return certificates;
-}
-
-QSslConfiguration tlsConfiguration()
-{
-    auto configuration = QSslConfiguration::defaultConfiguration();
-    configuration.setPeerVerifyMode(QSslSocket::VerifyPeer);
-    configuration.addCaCertificates(extraCaCertificates());
-    return configuration;
-}
 
 // Errors by which Qt reports the status of a response that did arrive; the server answered, so
 // for the caller they are a response, not a failure.
@@ -115,7 +95,7 @@ private:
 class QtHttpClient final : public HttpClient {
 public:
     QtHttpClient()
-        : tls_(tlsConfiguration())
+        : tls_(verifyingTlsConfiguration())
     {
     }
 
