@@ -59,8 +59,7 @@ Diagnosis Doctor::examine() const
         QString::fromUtf8(appGroupSuiteName.data(), qsizetype(appGroupSuiteName.size())))));
     diagnosis.add(HealthChecks::secretService(health_.secretService()));
     diagnosis.add(ExtensionHealth::checks(
-        installations_.records(),
-        health_.broker(QString::fromLatin1(Installations::kHostName))));
+        installations_.records(), health_.broker(QString::fromLatin1(Installations::kHostName))));
     diagnosis.add(HealthChecks::settingsPortal(health_.settingsPortal()));
     diagnosis.add(HealthChecks::notificationServer(health_.notificationServer()));
 
@@ -72,8 +71,8 @@ Diagnosis Doctor::examine() const
     }
     const auto check = [&](HealthChecks::Service which, const QString& text,
                            const std::optional<QUrl>& url) {
-        diagnosis.add(HealthChecks::service(
-            which, text, url, url ? health_.service(*url) : NetworkServiceHealth{}));
+        diagnosis.add(HealthChecks::service(which, text, url,
+                                            url ? health_.service(*url) : NetworkServiceHealth{}));
     };
     check(HealthChecks::Service::account, configured(deployment->accountHost),
           serviceUrl(deployment->accountHost));

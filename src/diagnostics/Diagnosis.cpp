@@ -129,8 +129,9 @@ QString Diagnosis::table() const
     }
 
     const auto count = [this](Verdict verdict) {
-        return int(std::count_if(checks_.begin(), checks_.end(),
-                                 [verdict](const Check& check) { return check.verdict == verdict; }));
+        return int(std::count_if(checks_.begin(), checks_.end(), [verdict](const Check& check) {
+            return check.verdict == verdict;
+        }));
     };
     text += QLatin1Char('\n');
     switch (verdict()) {
@@ -160,5 +161,7 @@ QByteArray Diagnosis::json() const
                           {"remedy", check.remedy.toStdString()}});
     const nlohmann::ordered_json document{{"verdict", verdictKey(verdict())},
                                           {"checks", std::move(checks)}};
-    return QByteArray::fromStdString(document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace)) + '\n';
+    return QByteArray::fromStdString(
+               document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace)) +
+           '\n';
 }

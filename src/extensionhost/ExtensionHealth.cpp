@@ -29,7 +29,7 @@ Check make(const char* id, const char* area, const char* subject, Verdict verdic
            QString remedy = {})
 {
     return {QString::fromLatin1(id), translated(area), translated(subject), verdict,
-            std::move(detail), std::move(remedy)};
+            std::move(detail),       std::move(remedy)};
 }
 
 QString browserName(const QString& key)
@@ -41,12 +41,12 @@ QString browserName(const QString& key)
 Check installed(const std::vector<Installation>& installations)
 {
     if (installations.empty())
-        return make("extension.installed", hostArea, installedFor, Verdict::fail,
-                    translated(QT_TRANSLATE_NOOP("ExtensionHealth", "no browser")),
-                    translated(QT_TRANSLATE_NOOP(
-                        "ExtensionHealth",
-                        "register it with your browser: lexmira-extension-host install "
-                        "--browser B --extension-id ID")));
+        return make(
+            "extension.installed", hostArea, installedFor, Verdict::fail,
+            translated(QT_TRANSLATE_NOOP("ExtensionHealth", "no browser")),
+            translated(QT_TRANSLATE_NOOP(
+                "ExtensionHealth", "register it with your browser: lexmira-extension-host install "
+                                   "--browser B --extension-id ID")));
     QStringList browsers;
     QStringList missing;
     for (const Installation& installation : installations) {
@@ -55,7 +55,8 @@ Check installed(const std::vector<Installation>& installations)
             name += QStringLiteral(" (") + installation.userDataDir + QLatin1Char(')');
         browsers << name;
         if (!QFile::exists(installation.manifestPath))
-            missing << translated(QT_TRANSLATE_NOOP("ExtensionHealth", "%1: manifest %2 is missing"))
+            missing << translated(
+                           QT_TRANSLATE_NOOP("ExtensionHealth", "%1: manifest %2 is missing"))
                            .arg(name, installation.manifestPath);
     }
     if (!missing.isEmpty())
@@ -72,19 +73,18 @@ Check installed(const std::vector<Installation>& installations)
 Check brokerActivatable(const BrokerHealth& broker)
 {
     if (broker.busError)
-        return make("extension.activatable", brokerArea, activatable, Verdict::fail,
-                    translated(QT_TRANSLATE_NOOP("ExtensionHealth", "no session bus: %1"))
-                        .arg(*broker.busError),
-                    translated(QT_TRANSLATE_NOOP("ExtensionHealth",
-                                                 "run it inside your desktop session")));
+        return make(
+            "extension.activatable", brokerArea, activatable, Verdict::fail,
+            translated(QT_TRANSLATE_NOOP("ExtensionHealth", "no session bus: %1"))
+                .arg(*broker.busError),
+            translated(QT_TRANSLATE_NOOP("ExtensionHealth", "run it inside your desktop session")));
     if (broker.activatable)
-        return make("extension.activatable", brokerArea, activatable, Verdict::ok,
-                    broker.serviceFiles.isEmpty()
-                        ? translated(QT_TRANSLATE_NOOP("ExtensionHealth",
-                                                       "the bus can start it"))
-                        : translated(QT_TRANSLATE_NOOP("ExtensionHealth",
-                                                       "the bus can start it from %1"))
-                              .arg(broker.serviceFiles.front()));
+        return make(
+            "extension.activatable", brokerArea, activatable, Verdict::ok,
+            broker.serviceFiles.isEmpty()
+                ? translated(QT_TRANSLATE_NOOP("ExtensionHealth", "the bus can start it"))
+                : translated(QT_TRANSLATE_NOOP("ExtensionHealth", "the bus can start it from %1"))
+                      .arg(broker.serviceFiles.front()));
     if (!broker.serviceFiles.isEmpty())
         return make("extension.activatable", brokerArea, activatable, Verdict::warning,
                     translated(QT_TRANSLATE_NOOP("ExtensionHealth",
@@ -105,9 +105,8 @@ Check brokerActivatable(const BrokerHealth& broker)
                         .arg(*broker.pid),
                     installService);
     return make("extension.activatable", brokerArea, activatable, Verdict::fail,
-                translated(QT_TRANSLATE_NOOP("ExtensionHealth",
-                                             "the bus has no service file for "
-                                             "com.lexmira.companion.ext")),
+                translated(QT_TRANSLATE_NOOP("ExtensionHealth", "the bus has no service file for "
+                                                                "com.lexmira.companion.ext")),
                 installService);
 }
 
@@ -116,22 +115,23 @@ Check browsersConnected(const BrokerHealth& broker)
     const QString openBrowser = translated(QT_TRANSLATE_NOOP(
         "ExtensionHealth", "open a browser in which the Lexmira extension is installed"));
     if (!broker.pid)
-        return make("extension.connected", brokerArea, connected, Verdict::warning,
-                    translated(QT_TRANSLATE_NOOP("ExtensionHealth",
-                                                 "none: the broker is not running")),
-                    openBrowser);
+        return make(
+            "extension.connected", brokerArea, connected, Verdict::warning,
+            translated(QT_TRANSLATE_NOOP("ExtensionHealth", "none: the broker is not running")),
+            openBrowser);
     if (!broker.connections)
-        return make("extension.connected", brokerArea, connected, Verdict::warning,
-                    translated(QT_TRANSLATE_NOOP("ExtensionHealth",
-                                                 "process %1 serves the extension's name but does "
-                                                 "not list connections (%2)"))
-                        .arg(*broker.pid)
-                        .arg(broker.connectionsError),
-                    translated(QT_TRANSLATE_NOOP(
-                        "ExtensionHealth",
-                        "nothing if it is a development stand-in; otherwise end process %1 so "
-                        "that the bus starts the broker"))
-                        .arg(*broker.pid));
+        return make(
+            "extension.connected", brokerArea, connected, Verdict::warning,
+            translated(QT_TRANSLATE_NOOP("ExtensionHealth",
+                                         "process %1 serves the extension's name but does "
+                                         "not list connections (%2)"))
+                .arg(*broker.pid)
+                .arg(broker.connectionsError),
+            translated(QT_TRANSLATE_NOOP(
+                           "ExtensionHealth",
+                           "nothing if it is a development stand-in; otherwise end process %1 so "
+                           "that the bus starts the broker"))
+                .arg(*broker.pid));
     if (broker.connections->empty())
         return make("extension.connected", brokerArea, connected, Verdict::warning,
                     translated(QT_TRANSLATE_NOOP("ExtensionHealth",
@@ -162,14 +162,15 @@ Check extensionState(const BrokerHealth& broker)
                         "ExtensionHealth",
                         "open a browser in which the Lexmira extension is installed and enabled")));
     if (!broker.enabled)
-        return make("extension.state", extensionArea, state, Verdict::fail,
-                    translated(QT_TRANSLATE_NOOP("ExtensionHealth", "process %1 does not answer: %2"))
-                        .arg(*broker.pid)
-                        .arg(broker.stateError),
-                    translated(QT_TRANSLATE_NOOP("ExtensionHealth",
-                                                 "end process %1; the bus starts a new broker "
-                                                 "when it is next needed"))
-                        .arg(*broker.pid));
+        return make(
+            "extension.state", extensionArea, state, Verdict::fail,
+            translated(QT_TRANSLATE_NOOP("ExtensionHealth", "process %1 does not answer: %2"))
+                .arg(*broker.pid)
+                .arg(broker.stateError),
+            translated(QT_TRANSLATE_NOOP("ExtensionHealth",
+                                         "end process %1; the bus starts a new broker "
+                                         "when it is next needed"))
+                .arg(*broker.pid));
     if (!*broker.enabled)
         return make("extension.state", extensionArea, state, Verdict::warning,
                     translated(QT_TRANSLATE_NOOP("ExtensionHealth", "disabled")),

@@ -72,6 +72,7 @@ struct DesktopServiceHealth {
 struct NetworkServiceHealth {
     QStringList addresses;               // what the host name resolved to
     std::optional<QString> resolveError; // set when it did not resolve
+    std::optional<QString> connectError; // set when no connection could be made
     std::optional<QString> tlsError;     // set when the handshake failed or did not verify
     std::optional<QString> requestError; // set when no answer came after the handshake
     std::chrono::milliseconds handshake{0};

@@ -5,6 +5,7 @@
 // real bus, keyring, portal and notification server, a real broker or development peer, and
 // HTTPS services on loopback; and against private buses on which a component is missing.
 
+#include "support/BrowserPlayer.h"
 #include "support/ChildProcess.h"
 #include "support/DevExtensionPeer.h"
 #include "support/HttpsTestServer.h"
@@ -94,9 +95,9 @@ protected:
     {
         QProcess install;
         install.setProcessEnvironment(environment);
-        install.start(hostBinary(), {QStringLiteral("install"), QStringLiteral("--browser"),
-                                     QStringLiteral("chromium"), QStringLiteral("--extension-id"),
-                                     chromiumId});
+        install.start(hostBinary(),
+                      {QStringLiteral("install"), QStringLiteral("--browser"),
+                       QStringLiteral("chromium"), QStringLiteral("--extension-id"), chromiumId});
         ASSERT_TRUE(install.waitForFinished(30000));
         ASSERT_EQ(install.exitCode(), 0) << install.readAllStandardError().toStdString();
     }
@@ -122,8 +123,7 @@ protected:
         result.out = QString::fromUtf8(process.readAllStandardOutput());
         result.err = QString::fromUtf8(process.readAllStandardError());
         if (json) {
-            const auto document =
-                nlohmann::json::parse(result.out.toStdString(), nullptr, false);
+            const auto document = nlohmann::json::parse(result.out.toStdString(), nullptr, false);
             if (document.is_object() && document.contains("checks")) {
                 result.verdict = document.value("verdict", "");
                 for (const auto& check : document.at("checks"))
@@ -151,8 +151,9 @@ public:
         : process_(hostBinary(), {QStringLiteral("--broker")}, environment)
     {
         serving_ = test::waitUntil([this] {
-            return test::DevExtensionPeer::isOwned(extensionName) || !process_.running();
-        }) && test::DevExtensionPeer::isOwned(extensionName);
+                       return test::DevExtensionPeer::isOwned(extensionName) || !process_.running();
+                   }) &&
+                   test::DevExtensionPeer::isOwned(extensionName);
     }
     ~BrokerProcess()
     {
@@ -178,7 +179,8 @@ public:
         environment.insert(QStringLiteral("HOME"), home_.path());
         environment.insert(QStringLiteral("XDG_DATA_HOME"), home_.path() + QStringLiteral("/data"));
         environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), home_.path());
-        QStringList arguments{QStringLiteral("--foreground"), QStringLiteral("--components=secrets")};
+        QStringList arguments{QStringLiteral("--foreground"),
+                              QStringLiteral("--components=secrets")};
         if (unlock)
             arguments << QStringLiteral("--unlock");
         process_ = std::make_unique<test::ChildProcess>(QStringLiteral("gnome-keyring-daemon"),
@@ -230,24 +232,67 @@ TEST_F(DoctorProcessTest, AHealthySessionPassesWithExitZero)
     installHost(environment);
     const BrokerProcess broker(environment);
     ASSERT_TRUE(broker.isServing());
+    test::BrowserPlayer browser(test::BrowserPlayer::Form::chromium, chromiumId, environment);
+    ASSERT_TRUE(browser.hello());
 
     const DoctorRun doctor = run(environment, true);
     EXPECT_EQ(doctor.exitCode, 0) << doctor.out.toStdString() << doctor.err.toStdString();
     EXPECT_NE(doctor.verdict, "fail");
-    for (const char* id :
-         {"bus.reachable", "bus.companion", "suite.path", "suite.owner", "suite.mode",
-          "suite.writable", "suite.watchable", "secrets.reachable", "secrets.default",
-          "secrets.unlocked", "extension.installed", "portal.settings", "notifications.server",
-          "service.account.resolves", "service.account.tls", "service.account.first-byte",
-          "service.analytics.resolves", "service.analytics.tls", "service.analytics.first-byte",
-          "service.log.resolves", "service.log.tls", "service.log.first-byte"})
+    for (const char* id : {"bus.reachable",
+                           "bus.companion",
+                           "suite.path",
+                           "suite.owner",
+                           "suite.mode",
+                           "suite.writable",
+                           "suite.watchable",
+                           "secrets.reachable",
+                           "secrets.default",
+                           "secrets.unlocked",
+                           "extension.installed",
+                           "portal.settings",
+                           "notifications.server",
+                           "extension.connected",
+                           "extension.state",
+                           "service.account.resolves",
+                           "service.account.connects",
+                           "service.account.tls",
+                           "service.account.first-byte",
+                           "service.analytics.resolves",
+                           "service.analytics.connects",
+                           "service.analytics.tls",
+                           "service.analytics.first-byte",
+                           "service.log.resolves",
+                           "service.log.connects",
+                           "service.log.tls",
+                           "service.log.first-byte"})
         EXPECT_EQ(verdictOf(doctor, id), "ok") << id << "\n" << doctor.out.toStdString();
-    // Running, but no browser is connected and the bus of the test session cannot start it.
+    // Running, but the bus of the test session has no service file to start it again.
     EXPECT_EQ(verdictOf(doctor, "extension.activatable"), "warning");
-    EXPECT_EQ(verdictOf(doctor, "extension.connected"), "warning");
-    EXPECT_EQ(verdictOf(doctor, "extension.state"), "warning");
     // It asked each service once for its first byte.
     EXPECT_EQ(server_.requests().size(), 3u);
+}
+
+TEST_F(DoctorProcessTest, TheBrokerNamesTheConnectedBrowser)
+{
+    const QProcessEnvironment environment = this->environment();
+    installHost(environment);
+    const BrokerProcess broker(environment);
+    ASSERT_TRUE(broker.isServing());
+
+    const DoctorRun idle = run(environment, true);
+    EXPECT_EQ(verdictOf(idle, "extension.connected"), "warning");
+    EXPECT_EQ(verdictOf(idle, "extension.state"), "warning");
+
+    test::BrowserPlayer browser(test::BrowserPlayer::Form::chromium, chromiumId, environment);
+    ASSERT_TRUE(browser.hello());
+    const DoctorRun connected = run(environment, false);
+    EXPECT_TRUE(connected.out.contains(
+        QRegularExpression(QStringLiteral("browsers connected +ok +Chromium \\(extension ") +
+                           chromiumId + QStringLiteral(", since \\d{4}-"))))
+        << connected.out.toStdString();
+    EXPECT_TRUE(connected.out.contains(
+        QRegularExpression(QStringLiteral("Extension +state +ok +enabled in Chromium\n"))))
+        << connected.out.toStdString();
 }
 
 TEST_F(DoctorProcessTest, TheTableGivesTheSameVerdictsAsTheJson)
@@ -395,8 +440,8 @@ TEST_F(DoctorProcessTest, AHostNotInstalledFailsAndAnInstalledOneIsNamed)
 
     installHost(environment);
     const DoctorRun after = run(environment, false);
-    EXPECT_TRUE(after.out.contains(QRegularExpression(
-        QStringLiteral("Extension host +installed for +ok +Chromium\n"))))
+    EXPECT_TRUE(after.out.contains(
+        QRegularExpression(QStringLiteral("Extension host +installed for +ok +Chromium\n"))))
         << after.out.toStdString();
 }
 
@@ -406,7 +451,8 @@ TEST_F(DoctorProcessTest, TheBrokerIsActivatableOnlyWhereTheBusHasItsServiceFile
     EXPECT_EQ(verdictOf(here, "extension.activatable"), "fail");
     EXPECT_EQ(verdictOf(here, "extension.connected"), "warning");
 
-    const test::PrivateBus bus({{extensionName, hostBinary() + QStringLiteral(" --broker")}});
+    const test::PrivateBus bus(
+        std::map<QString, QString>{{extensionName, hostBinary() + QStringLiteral(" --broker")}});
     ASSERT_TRUE(bus.isRunning());
     QProcessEnvironment environment = this->environment();
     environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
@@ -440,20 +486,35 @@ TEST_F(DoctorProcessTest, AServiceSignedByAnUnknownAuthorityFails)
     environment.remove(QStringLiteral("LEXMIRA_EXTRA_CA_FILE"));
     const DoctorRun doctor = run(environment, true);
     EXPECT_EQ(doctor.exitCode, 1);
-    EXPECT_EQ(verdictOf(doctor, "service.account.resolves"), "ok");
+    EXPECT_EQ(verdictOf(doctor, "service.account.connects"), "ok");
     EXPECT_EQ(verdictOf(doctor, "service.account.tls"), "fail");
     EXPECT_EQ(verdictOf(doctor, "service.log.tls"), "fail");
     EXPECT_EQ(run(environment, false).out.count(QStringLiteral("LEXMIRA_EXTRA_CA_FILE")), 3);
 }
 
-TEST_F(DoctorProcessTest, AClosedPortFailsTheHandshake)
+TEST_F(DoctorProcessTest, AClosedPortFailsTheConnection)
 {
     QProcessEnvironment environment = this->environment();
     environment.insert(QStringLiteral("LEXMIRA_LOG_HOST"),
                        QStringLiteral("127.0.0.1:%1").arg(test::HttpsTestServer::closedPort()));
     const DoctorRun doctor = run(environment, true);
     EXPECT_EQ(verdictOf(doctor, "service.account.tls"), "ok");
-    EXPECT_EQ(verdictOf(doctor, "service.log.tls"), "fail");
+    EXPECT_EQ(verdictOf(doctor, "service.log.connects"), "fail");
+    EXPECT_EQ(verdictOf(doctor, "service.log.tls"), "(missing)");
+}
+
+TEST_F(DoctorProcessTest, AServiceThatNeverAnswersFailsInsteadOfHanging)
+{
+    test::HttpsTestServer silent;
+    silent.holdRequests();
+    QProcessEnvironment environment = this->environment();
+    environment.insert(QStringLiteral("LEXMIRA_ACCOUNT_HOST"), silent.hostAndPort());
+    const DoctorRun doctor = run(environment, true);
+    EXPECT_EQ(doctor.exitCode, 1) << doctor.out.toStdString();
+    EXPECT_EQ(verdictOf(doctor, "service.account.tls"), "ok");
+    EXPECT_EQ(verdictOf(doctor, "service.account.first-byte"), "fail");
+    EXPECT_EQ(silent.heldCount(), 1u);
+    EXPECT_EQ(verdictOf(doctor, "service.log.first-byte"), "ok");
 }
 
 TEST_F(DoctorProcessTest, AnUnresolvableHostFails)
@@ -490,18 +551,17 @@ TEST_F(DoctorProcessTest, TheHostsStatusShowsTheExtensionChecks)
     installHost(environment);
     const test::DevExtensionPeer peer;
     ASSERT_TRUE(peer.isServing());
-    const DoctorRun status =
-        run(environment, false, hostBinary(), {QStringLiteral("status")});
+    const DoctorRun status = run(environment, false, hostBinary(), {QStringLiteral("status")});
     EXPECT_EQ(status.exitCode, 0);
     EXPECT_TRUE(status.out.contains(QStringLiteral("Checks:\n"))) << status.out.toStdString();
     EXPECT_TRUE(status.out.contains(
         QRegularExpression(QStringLiteral("Extension host +installed for +ok +Chromium\n"))))
         << status.out.toStdString();
-    EXPECT_TRUE(status.out.contains(
-        QRegularExpression(QStringLiteral("Extension +state +ok +enabled"))))
+    EXPECT_TRUE(
+        status.out.contains(QRegularExpression(QStringLiteral("Extension +state +ok +enabled"))))
         << status.out.toStdString();
-    EXPECT_TRUE(status.out.contains(QRegularExpression(
-        QStringLiteral("activatable +warning +it runs \\(process \\d+\\)"))))
+    EXPECT_TRUE(status.out.contains(
+        QRegularExpression(QStringLiteral("activatable +warning +it runs \\(process \\d+\\)"))))
         << status.out.toStdString();
 }
 

@@ -13,7 +13,7 @@ namespace {
 
 Check check(const char* id, Verdict verdict, const char* remedy = "")
 {
-    return {QString::fromLatin1(id), QStringLiteral("Area"), QString::fromLatin1(id), verdict,
+    return {QString::fromLatin1(id), QStringLiteral("Area"),     QString::fromLatin1(id), verdict,
             QStringLiteral("found"), QString::fromLatin1(remedy)};
 }
 
@@ -42,7 +42,8 @@ TEST(DiagnosisTest, OneFailureExitsWithOne)
 TEST(DiagnosisTest, TheTableGivesEachLineItsVerdictAndTheRemedyBelowWhatIsNotOk)
 {
     Diagnosis diagnosis;
-    diagnosis.add({check("first", Verdict::ok, "never shown"), check("second", Verdict::fail, "fix it"),
+    diagnosis.add({check("first", Verdict::ok, "never shown"),
+                   check("second", Verdict::fail, "fix it"),
                    check("third", Verdict::warning, "look at it")});
     const QStringList lines = diagnosis.table().split(QLatin1Char('\n'));
     ASSERT_GE(lines.size(), 7) << diagnosis.table().toStdString();

@@ -79,8 +79,7 @@ TEST_F(ExtensionHealthTest, ABrokerTheBusCannotStartFails)
     EXPECT_EQ(verdictOf(ExtensionHealth::checks({}, broker), "extension.activatable"),
               Verdict::warning);
     broker.activatable = true;
-    EXPECT_EQ(verdictOf(ExtensionHealth::checks({}, broker), "extension.activatable"),
-              Verdict::ok);
+    EXPECT_EQ(verdictOf(ExtensionHealth::checks({}, broker), "extension.activatable"), Verdict::ok);
 }
 
 TEST_F(ExtensionHealthTest, WithoutABusOnlyTheRegistrationAndTheBusAreJudged)
@@ -115,10 +114,13 @@ TEST_F(ExtensionHealthTest, ConnectedBrowsersAreListed)
                                    1795400000000});
     const auto checks = ExtensionHealth::checks({}, broker);
     EXPECT_EQ(verdictOf(checks, "extension.connected"), Verdict::ok);
-    for (const Check& check : checks)
-        if (check.id == QStringLiteral("extension.connected"))
-            EXPECT_TRUE(check.detail.startsWith(QStringLiteral("Firefox (extension ext@lexmira.com")))
+    for (const Check& check : checks) {
+        if (check.id == QStringLiteral("extension.connected")) {
+            EXPECT_TRUE(
+                check.detail.startsWith(QStringLiteral("Firefox (extension ext@lexmira.com")))
                 << check.detail.toStdString();
+        }
+    }
     broker.connections.reset();
     EXPECT_EQ(verdictOf(ExtensionHealth::checks({}, broker), "extension.connected"),
               Verdict::warning);

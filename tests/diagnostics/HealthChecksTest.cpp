@@ -139,10 +139,18 @@ TEST(HealthChecksTest, AServiceStopsBeingCheckedAtItsFirstFailure)
     EXPECT_TRUE(checks.front().remedy.contains(QStringLiteral("LEXMIRA_LOG_HOST")));
 
     health = answeredAfter(1ms);
+    health.connectError = QStringLiteral("Connection refused");
+    checks = HealthChecks::service(HealthChecks::Service::log, {}, url, health);
+    ASSERT_EQ(checks.size(), 2u);
+    EXPECT_EQ(verdictOf(checks, "service.log.connects"), Verdict::fail);
+    EXPECT_TRUE(checks.back().remedy.contains(QStringLiteral("port 8443")));
+
+    health.connectError.reset();
     health.tlsError = QStringLiteral("The issuer certificate of a locally looked up certificate "
                                      "could not be found");
     checks = HealthChecks::service(HealthChecks::Service::log, {}, url, health);
-    ASSERT_EQ(checks.size(), 2u);
+    ASSERT_EQ(checks.size(), 3u);
+    EXPECT_EQ(verdictOf(checks, "service.log.connects"), Verdict::ok);
     EXPECT_EQ(verdictOf(checks, "service.log.tls"), Verdict::fail);
     EXPECT_TRUE(checks.back().detail.startsWith(QStringLiteral("log.example:8443: ")));
 

@@ -8,8 +8,6 @@
 #include <QDir>
 #include <QFile>
 
-
-
 namespace test {
 
 PrivateBus::PrivateBus(const std::map<QString, QString>& services)

@@ -180,10 +180,10 @@ public:
         if (health.error)
             return health;
         // Started by the bus when it does not run, as the keychain would have it started.
-        const QDBusMessage alias = call(secretsService, QStringLiteral("/org/freedesktop/secrets"),
-                                        QStringLiteral("org.freedesktop.Secret.Service"),
-                                        QStringLiteral("ReadAlias"), {QStringLiteral("default")},
-                                        true);
+        const QDBusMessage alias =
+            call(secretsService, QStringLiteral("/org/freedesktop/secrets"),
+                 QStringLiteral("org.freedesktop.Secret.Service"), QStringLiteral("ReadAlias"),
+                 {QStringLiteral("default")}, true);
         if (!answered(alias, 1)) {
             health.error = failure(alias);
             return health;
@@ -206,8 +206,8 @@ public:
     {
         BrokerHealth health;
         for (const QString& directory : dataDirectories()) {
-            const QString file =
-                directory + QStringLiteral("/dbus-1/services/") + serviceName + QStringLiteral(".service");
+            const QString file = directory + QStringLiteral("/dbus-1/services/") + serviceName +
+                                 QStringLiteral(".service");
             if (QFileInfo::exists(file))
                 health.serviceFiles << file;
         }
@@ -222,7 +222,8 @@ public:
 
         health.connections = BrokerLink::connectedHosts(serviceName);
         if (!health.connections)
-            health.connectionsError = QStringLiteral("it does not list its connections");
+            health.connectionsError =
+                QStringLiteral("com.lexmira.ExtensionHost1.Connections did not answer");
 
         const QString path = ExtensionBus::objectPath(serviceName);
         const QDBusMessage state = call(serviceName, path, ExtensionBus::interfaceName,
@@ -264,9 +265,9 @@ public:
                 value = value.value<QDBusVariant>().variant();
             static const char* const schemes[] = {"no preference", "dark", "light"};
             const uint index = value.toUInt();
-            health.description += QStringLiteral(", color-scheme %1")
-                                      .arg(index < 3 ? QString::fromLatin1(schemes[index])
-                                                     : QString::number(index));
+            health.description +=
+                QStringLiteral(", color-scheme %1")
+                    .arg(index < 3 ? QString::fromLatin1(schemes[index]) : QString::number(index));
         } else {
             health.error = failure(scheme);
         }
@@ -287,9 +288,9 @@ public:
             return health;
         }
         const QVariantList values = reply.arguments();
-        health.description = QStringLiteral("%1 %2 (%3)")
-                                 .arg(values.at(0).toString(), values.at(2).toString(),
-                                      values.at(1).toString());
+        health.description =
+            QStringLiteral("%1 %2 (%3)")
+                .arg(values.at(0).toString(), values.at(2).toString(), values.at(1).toString());
         return health;
     }
 
@@ -312,10 +313,9 @@ public:
             loop.exec();
         if (!done) {
             QHostInfo::abortHostLookup(lookup);
-            health.resolveError = QStringLiteral("no answer within %1 seconds")
-                                      .arg(std::chrono::duration_cast<std::chrono::seconds>(
-                                               resolveTimeout)
-                                               .count());
+            health.resolveError =
+                QStringLiteral("no answer within %1 seconds")
+                    .arg(std::chrono::duration_cast<std::chrono::seconds>(resolveTimeout).count());
             return health;
         }
         if (resolved.error() != QHostInfo::NoError || resolved.addresses().isEmpty()) {
@@ -330,12 +330,20 @@ public:
         QElapsedTimer clock;
         clock.start();
         socket.connectToHostEncrypted(host, port);
-        if (!socket.waitForEncrypted(int(handshakeTimeout.count()))) {
+        const QDeadlineTimer handshakeDeadline(handshakeTimeout);
+        if (!socket.waitForConnected(int(handshakeDeadline.remainingTime()))) {
+            health.connectError =
+                socket.error() == QAbstractSocket::SocketTimeoutError
+                    ? QStringLiteral("no connection within %1 ms").arg(handshakeTimeout.count())
+                    : socket.errorString();
+            return health;
+        }
+        if (!socket.waitForEncrypted(int(handshakeDeadline.remainingTime()))) {
             QStringList reasons;
             for (const QSslError& error : socket.sslHandshakeErrors())
                 reasons << error.errorString();
             if (reasons.isEmpty())
-                reasons << (socket.error() == QAbstractSocket::UnknownSocketError
+                reasons << (socket.error() == QAbstractSocket::SocketTimeoutError
                                 ? QStringLiteral("no handshake within %1 ms")
                                       .arg(handshakeTimeout.count())
                                 : socket.errorString());
@@ -359,10 +367,10 @@ public:
                socket.state() == QAbstractSocket::ConnectedState)
             socket.waitForReadyRead(int(deadline.remainingTime()));
         if (socket.bytesAvailable() == 0) {
-            health.requestError = socket.state() == QAbstractSocket::ConnectedState
-                                      ? QStringLiteral("no answer within %1 ms")
-                                            .arg(firstByteTimeout.count())
-                                      : socket.errorString();
+            health.requestError =
+                socket.state() == QAbstractSocket::ConnectedState
+                    ? QStringLiteral("no answer within %1 ms").arg(firstByteTimeout.count())
+                    : socket.errorString();
             return health;
         }
         health.firstByte = std::chrono::milliseconds(clock.elapsed());
