@@ -25,10 +25,10 @@ const char* const remedyLabel = QT_TRANSLATE_NOOP("Diagnosis", "What to do: %1")
 const char* const allWellSummary =
     QT_TRANSLATE_NOOP("Diagnosis", "Everything the companion needs works.");
 const char* const warningsSummary =
-    QT_TRANSLATE_NOOP("Diagnosis", "Nothing is broken; %n check(s) gave a warning.");
+    QT_TRANSLATE_N_NOOP("Diagnosis", "Nothing is broken; %n check(s) gave a warning.");
 const char* const failuresSummary =
-    QT_TRANSLATE_NOOP("Diagnosis", "%n check(s) failed: the companion cannot work fully until "
-                                   "they are fixed.");
+    QT_TRANSLATE_N_NOOP("Diagnosis", "%n check(s) failed: the companion cannot work fully until "
+                                     "they are fixed.");
 
 QString translated(const char* text, int n = -1)
 {
