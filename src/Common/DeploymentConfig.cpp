@@ -22,15 +22,20 @@ std::string setting(const nlohmann::json& file, const char* key,
 
 } // namespace
 
-DeploymentConfig DeploymentConfig::load(const Bundle& bundle,
-                                        const QProcessEnvironment& environment)
+std::optional<DeploymentConfig> DeploymentConfig::read(const Bundle& bundle,
+                                                       const QProcessEnvironment& environment,
+                                                       std::string& error)
 {
     const auto path = bundle.pathForResource(QStringLiteral("services"), QStringLiteral("json"));
-    if (!path)
-        fatalError("Could not find resource services.json in the application bundle");
+    if (!path) {
+        error = "Could not find resource services.json in the application bundle";
+        return std::nullopt;
+    }
     QFile file(*path);
-    if (!file.open(QIODevice::ReadOnly))
-        fatalError("Could not read services.json: " + file.errorString().toStdString());
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = "Could not read services.json: " + file.errorString().toStdString();
+        return std::nullopt;
+    }
     const QByteArray text = file.readAll();
     try {
         const auto json = nlohmann::json::parse(text.begin(), text.end());
@@ -42,7 +47,17 @@ DeploymentConfig DeploymentConfig::load(const Bundle& bundle,
             ServiceHost::parse(setting(json, "logHost", environment, "LEXMIRA_LOG_HOST"));
         config.webOrigin = setting(json, "webOrigin", environment, "LEXMIRA_WEB_ORIGIN");
         return config;
-    } catch (const nlohmann::json::exception& error) {
-        fatalError(std::string("Could not decode services.json: ") + error.what());
+    } catch (const nlohmann::json::exception& exception) {
+        error = std::string("Could not decode services.json: ") + exception.what();
+        return std::nullopt;
     }
+}
+
+DeploymentConfig DeploymentConfig::load(const Bundle& bundle,
+                                        const QProcessEnvironment& environment)
+{
+    std::string error;
+    if (auto config = read(bundle, environment, error))
+        return std::move(*config);
+    fatalError(error);
 }

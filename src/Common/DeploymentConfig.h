@@ -8,6 +8,7 @@
 
 #include <QProcessEnvironment>
 
+#include <optional>
 #include <string>
 
 // Where the services of this deployment are: the bundle's services.json, each value replaceable
@@ -24,4 +25,8 @@ struct DeploymentConfig {
     static DeploymentConfig
     load(const Bundle& bundle,
          const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());
+    // The same without stopping: none, with the reason in error, where load would stop.
+    static std::optional<DeploymentConfig> read(const Bundle& bundle,
+                                                const QProcessEnvironment& environment,
+                                                std::string& error);
 };

@@ -16,8 +16,18 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QString& vers
                                   QStringLiteral("Show this help and exit."));
     const QCommandLineOption versionOption({QStringLiteral("v"), QStringLiteral("version")},
                                            QStringLiteral("Show the version and exit."));
+    const QCommandLineOption doctorOption(
+        QStringLiteral("doctor"),
+        QStringLiteral("Check what the companion depends on (session bus, shared suite, Secret "
+                       "Service, extension host, settings portal, notification server, "
+                       "services), print a verdict for each and exit: 0 when nothing failed, 1 "
+                       "otherwise. Needs no display and does not start the companion."));
+    const QCommandLineOption jsonOption(
+        QStringLiteral("json"), QStringLiteral("With --doctor: print the report as JSON."));
     parser.addOption(help);
     parser.addOption(versionOption);
+    parser.addOption(doctorOption);
+    parser.addOption(jsonOption);
     parser.addPositionalArgument(QStringLiteral("url"),
                                  QStringLiteral("A lexmira.extension:// URL to open."),
                                  QStringLiteral("[url]"));
@@ -57,6 +67,21 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QString& vers
         return result;
     }
     const QStringList positional = parser.positionalArguments();
+    if (parser.isSet(doctorOption)) {
+        if (!positional.isEmpty()) {
+            result.action = Action::fail;
+            result.text = QStringLiteral("--doctor takes no URL.");
+            return result;
+        }
+        result.action = Action::doctor;
+        result.json = parser.isSet(jsonOption);
+        return result;
+    }
+    if (parser.isSet(jsonOption)) {
+        result.action = Action::fail;
+        result.text = QStringLiteral("--json goes with --doctor.");
+        return result;
+    }
     if (positional.size() > 1) {
         result.action = Action::fail;
         result.text = QStringLiteral("Expected at most one URL, got %1.").arg(positional.size());

@@ -10,11 +10,13 @@
 
 // What the process was asked to do on its command line.
 struct CommandLine {
-    enum class Action { run, showHelp, showVersion, fail };
+    enum class Action { run, showHelp, showVersion, doctor, fail };
 
     Action action = Action::run;
     // The URL to open (a sign-in callback), when one was given.
     std::optional<QString> url;
+    // For doctor: the report as JSON instead of a table.
+    bool json = false;
     // Help text, version line or error message, for the actions that print.
     QString text;
 

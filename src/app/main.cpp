@@ -6,12 +6,15 @@
 #include "app/AppDelegate.h"
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "app/Doctor.h"
 #include "app/MainMenu.h"
 #include "platform/LaunchActivation.h"
 #include "platform/MainBundle.h"
 #include "platform/ProcessSession.h"
 #include "platform/SingleInstance.h"
+#include "platform/SystemHealth.h"
 
+#include <QCoreApplication>
 #include <QIcon>
 #include <QLocale>
 #include <QTranslator>
@@ -62,6 +65,24 @@ int forwardWithoutDisplay(int argc, char** argv, const std::optional<QString>& u
     return 1;
 }
 
+// The doctor runs without a display (over ssh, say): a core application only, and never the
+// companion itself.
+int runDoctor(int argc, char** argv, const Bundle& bundle, bool json)
+{
+    QCoreApplication application(argc, argv);
+    installTranslation(application, bundle.directory());
+    const auto health = SystemHealth::create();
+    const Doctor doctor(*health, Installations::fromEnvironment(), bundle,
+                        QProcessEnvironment::systemEnvironment(), applicationId);
+    const Diagnosis diagnosis = doctor.examine();
+    if (json)
+        std::fputs(diagnosis.json().constData(), stdout);
+    else
+        std::fputs(qUtf8Printable(diagnosis.table()), stdout);
+    std::fflush(stdout);
+    return diagnosis.exitCode();
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -75,6 +96,8 @@ int main(int argc, char** argv)
     case CommandLine::Action::showVersion:
         print(stdout, command.text);
         return 0;
+    case CommandLine::Action::doctor:
+        return runDoctor(argc, argv, mainBundle, command.json);
     case CommandLine::Action::fail:
         print(stderr, QStringLiteral("lexmira-companion: ") + command.text);
         return 2;

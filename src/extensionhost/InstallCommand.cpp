@@ -3,6 +3,9 @@
 
 #include "extensionhost/InstallCommand.h"
 
+#include "diagnostics/Diagnosis.h"
+#include "extensionhost/ExtensionHealth.h"
+
 #include <QCommandLineParser>
 #include <QDateTime>
 #include <QFile>
@@ -91,7 +94,9 @@ QString statusHelp()
                "\n"
                "Lists every registration made by install (browser, profile directory, extension\n"
                "id, manifest and whether it is still there, the command that opens the browser),\n"
-               "then the browsers connected to the running host. The registrations are kept in\n"
+               "then the browsers connected to the running host, then the checks of the\n"
+               "extension's side with a verdict each (ok, warning or FAIL) and what to do.\n"
+               "The registrations are kept in\n"
                "$XDG_CONFIG_HOME/lexmira-extension-host/installations.json (by default under\n"
                "~/.config).\n"
                "\n") +
@@ -150,7 +155,7 @@ int usageError(QTextStream& err, const QString& message, const QString& subcomma
     return kExitUsage;
 }
 
-int runStatus(const Installations& installations, const ConnectionsQuery& connections,
+int runStatus(const Installations& installations, const BrokerQuery& brokerQuery,
               QTextStream& out)
 {
     const std::vector<Installation> records = installations.records();
@@ -178,24 +183,32 @@ int runStatus(const Installations& installations, const ConnectionsQuery& connec
         }
     }
 
-    const std::optional<std::vector<ConnectionSummary>> connected =
-        connections ? connections() : std::nullopt;
-    if (!connected) {
-        out << "Connected: none. The broker is not running, so no browser is connected.\n";
-    } else if (connected->empty()) {
-        out << "Connected: none. The broker is running, but no browser is connected.\n";
+    BrokerHealth broker;
+    if (brokerQuery)
+        broker = brokerQuery();
+    if (!broker.pid || (broker.connections && broker.connections->empty())) {
+        out << (broker.pid ? "Connected: none. The broker is running, but no browser is connected.\n"
+                           : "Connected: none. The broker is not running, so no browser is "
+                             "connected.\n");
+    } else if (!broker.connections) {
+        out << "Connected: unknown. Process " << *broker.pid
+            << " serves the extension's name but does not list its connections.\n";
     } else {
         out << "Connected:\n";
-        for (const ConnectionSummary& connection : *connected) {
+        for (const HostPeer& connection : *broker.connections) {
             out << "  "
                 << (connection.browserName.isEmpty() ? QStringLiteral("Unknown browser")
                                                      : connection.browserName)
                 << ", extension " << connection.extensionId << ", since "
-                << QDateTime::fromMSecsSinceEpoch(connection.connectedSinceMs, Qt::UTC)
+                << QDateTime::fromMSecsSinceEpoch(connection.attachedAtMs, Qt::UTC)
                        .toString(Qt::ISODate)
                 << "\n";
         }
     }
+
+    Diagnosis diagnosis;
+    diagnosis.add(ExtensionHealth::checks(records, broker));
+    out << "\nChecks:\n" << diagnosis.table();
     out.flush();
     return kExitOk;
 }
@@ -245,7 +258,7 @@ QString extensionHostUsage()
 }
 
 int runInstallCommand(const QStringList& arguments, const Installations& installations,
-                      const QString& hostPath, const ConnectionsQuery& connections,
+                      const QString& hostPath, const BrokerQuery& broker,
                       QTextStream& out, QTextStream& err)
 {
     if (!isInstallCommand(arguments)) {
@@ -283,7 +296,7 @@ int runInstallCommand(const QStringList& arguments, const Installations& install
                           subcommand);
 
     if (subcommand == kStatus)
-        return runStatus(installations, connections, out);
+        return runStatus(installations, broker, out);
 
     if (!parsed.parser.isSet(parsed.browser))
         return usageError(

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "extensionhost/ConnectionSummary.h"
 #include "extensionhost/Installations.h"
+#include "platform/SystemHealth.h"
 
 #include <QString>
 #include <QStringList>
@@ -14,8 +14,8 @@
 #include <optional>
 #include <vector>
 
-// The broker's connections as status shows them; nullopt when no broker is running.
-using ConnectionsQuery = std::function<std::optional<std::vector<ConnectionSummary>>()>;
+// What status finds of the broker on the session bus; asked once per status.
+using BrokerQuery = std::function<BrokerHealth()>;
 
 // Exit codes of the subcommands.
 constexpr int kExitOk = 0;
@@ -26,10 +26,10 @@ constexpr int kExitUsage = 2;
 bool isInstallCommand(const QStringList& arguments);
 
 // Runs install, uninstall or status. arguments start with the subcommand; hostPath is the
-// absolute path of this executable, written into manifests. connections is called only by
-// status. Results go to out, errors and usage mistakes to err. Returns an exit code.
+// absolute path of this executable, written into manifests. broker is called only by status;
+// when it is empty, status reports no broker. Results go to out, errors and usage mistakes to err. Returns an exit code.
 int runInstallCommand(const QStringList& arguments, const Installations& installations,
-                      const QString& hostPath, const ConnectionsQuery& connections,
+                      const QString& hostPath, const BrokerQuery& broker,
                       QTextStream& out, QTextStream& err);
 
 // The overview of all subcommands, for lexmira-extension-host --help.

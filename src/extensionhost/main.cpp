@@ -13,6 +13,7 @@
 #include "platform/BrokerLink.h"
 #include "platform/KeychainItems.h"
 #include "platform/SharedSuite.h"
+#include "platform/SystemHealth.h"
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -51,17 +52,6 @@ int runBroker(const QStringList& arguments)
     broker.setBus(bus.get());
     QObject::connect(&broker, &Broker::idle, qApp, &QCoreApplication::quit);
     return QCoreApplication::exec();
-}
-
-std::optional<std::vector<ConnectionSummary>> connectedBrowsers()
-{
-    const auto hosts = BrokerLink::connectedHosts(serviceName);
-    if (!hosts)
-        return std::nullopt;
-    std::vector<ConnectionSummary> summaries;
-    for (const auto& host : *hosts)
-        summaries.push_back({host.browserName, host.extensionId, host.attachedAtMs});
-    return summaries;
 }
 
 struct Origin {
@@ -143,7 +133,8 @@ int main(int argc, char* argv[])
         return runBroker(arguments);
     if (isInstallCommand(arguments))
         return runInstallCommand(arguments, Installations::fromEnvironment(),
-                                 QCoreApplication::applicationFilePath(), connectedBrowsers, out,
+                                 QCoreApplication::applicationFilePath(),
+                                 [] { return SystemHealth::create()->broker(serviceName); }, out,
                                  err);
     if (const auto origin = originOf(arguments))
         return runHost(*origin, InstalledBrowsers(Installations::fromEnvironment()));

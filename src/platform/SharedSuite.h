@@ -51,4 +51,7 @@ public:
     // Opens (creating it if needed) the suite of the given name shared by every process of the
     // user; null when its storage cannot be created or watched.
     static std::unique_ptr<SharedSuite> open(const QString& suiteName);
+    // Where open keeps the suite of that name, whether or not it exists yet; empty for a name
+    // open refuses.
+    static QString location(const QString& suiteName);
 };

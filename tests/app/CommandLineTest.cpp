@@ -43,6 +43,30 @@ TEST(CommandLine, HelpNamesTheProgramAndTheUrlArgument)
     EXPECT_TRUE(command.text.contains(QStringLiteral("url")));
 }
 
+TEST(CommandLine, HelpDescribesTheDoctor)
+{
+    const auto command = parse({QStringLiteral("--help")});
+    EXPECT_TRUE(command.text.contains(QStringLiteral("--doctor")));
+    EXPECT_TRUE(command.text.contains(QStringLiteral("--json")));
+}
+
+TEST(CommandLine, DoctorPrintsATableOrJson)
+{
+    const auto table = parse({QStringLiteral("--doctor")});
+    EXPECT_EQ(table.action, CommandLine::Action::doctor);
+    EXPECT_FALSE(table.json);
+    const auto json = parse({QStringLiteral("--doctor"), QStringLiteral("--json")});
+    EXPECT_EQ(json.action, CommandLine::Action::doctor);
+    EXPECT_TRUE(json.json);
+}
+
+TEST(CommandLine, DoctorTakesNoUrlAndJsonNeedsTheDoctor)
+{
+    EXPECT_EQ(parse({QStringLiteral("--doctor"), QStringLiteral("lexmira.extension://oauth")}).action,
+              CommandLine::Action::fail);
+    EXPECT_EQ(parse({QStringLiteral("--json")}).action, CommandLine::Action::fail);
+}
+
 TEST(CommandLine, UnknownOptionFails)
 {
     EXPECT_EQ(parse({QStringLiteral("--frobnicate")}).action, CommandLine::Action::fail);

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTextStream>
 
@@ -354,12 +355,11 @@ TEST_F(InstallTest, ForConnectionFindsTheLatestInstallationOfThatFamilyAndExtens
 }
 
 int runCommand(const QStringList& arguments, const Installations& installations, QString* out,
-               QString* err, const ConnectionsQuery& connections = {})
+               QString* err, const BrokerQuery& broker = {})
 {
     QTextStream outStream(out);
     QTextStream errStream(err);
-    return runInstallCommand(arguments, installations, kHostPath, connections, outStream,
-                             errStream);
+    return runInstallCommand(arguments, installations, kHostPath, broker, outStream, errStream);
 }
 
 TEST_F(InstallTest, StatusWithoutABrokerListsInstallationsAndSaysTheBrokerIsNotRunning)
@@ -369,7 +369,7 @@ TEST_F(InstallTest, StatusWithoutABrokerListsInstallationsAndSaysTheBrokerIsNotR
     QString out;
     QString err;
     EXPECT_EQ(runCommand({QStringLiteral("status")}, installations(), &out, &err,
-                         [] { return std::optional<std::vector<ConnectionSummary>>(); }),
+                         [] { return BrokerHealth(); }),
               kExitOk);
     EXPECT_TRUE(out.contains(QStringLiteral("Chromium (chromium)"))) << out.toStdString();
     EXPECT_TRUE(out.contains(home() + QStringLiteral("/profile\n")));
@@ -386,17 +386,29 @@ TEST_F(InstallTest, StatusWithABrokerListsTheConnectedBrowsers)
     QString out;
     QString err;
     const qint64 since = now_.toMSecsSinceEpoch();
-    const auto connections = [since] {
-        return std::optional<std::vector<ConnectionSummary>>(
-            {{QStringLiteral("Firefox"), kFirefoxId, since}});
+    const auto broker = [since] {
+        BrokerHealth health;
+        health.pid = 4242;
+        health.connections = std::vector<HostPeer>{
+            {QStringLiteral(":1.7"), QStringLiteral("firefox"), QStringLiteral("Firefox"),
+             kFirefoxId, since}};
+        health.enabled = true;
+        health.browserName = QStringLiteral("Firefox");
+        return health;
     };
-    EXPECT_EQ(runCommand({QStringLiteral("status")}, installations(), &out, &err, connections),
+    EXPECT_EQ(runCommand({QStringLiteral("status")}, installations(), &out, &err, broker),
               kExitOk);
     EXPECT_TRUE(out.contains(QStringLiteral("Installed: nothing"))) << out.toStdString();
     EXPECT_TRUE(out.contains(QStringLiteral("Firefox, extension extension@lexmira.com, since "
                                             "2026-11-23T05:00:00Z")))
         << out.toStdString();
     EXPECT_FALSE(out.contains(QStringLiteral("not running")));
+    // The checks the doctor makes of the extension's side follow.
+    EXPECT_TRUE(out.contains(QStringLiteral("\nChecks:\n")));
+    EXPECT_TRUE(out.contains(QRegularExpression(QStringLiteral("state +ok +enabled in Firefox\n"))))
+        << out.toStdString();
+    EXPECT_TRUE(out.contains(QRegularExpression(QStringLiteral("installed for +FAIL +no browser\n"))))
+        << out.toStdString();
 }
 
 TEST_F(InstallTest, StatusReportsAMissingManifest)
@@ -408,6 +420,9 @@ TEST_F(InstallTest, StatusReportsAMissingManifest)
     QString err;
     EXPECT_EQ(runCommand({QStringLiteral("status")}, installations(), &out, &err), kExitOk);
     EXPECT_TRUE(out.contains(result.installation->manifestPath + QStringLiteral(" (missing")))
+        << out.toStdString();
+    EXPECT_TRUE(out.contains(QStringLiteral("FAIL     Firefox: manifest ") +
+                             result.installation->manifestPath + QStringLiteral(" is missing")))
         << out.toStdString();
 }
 

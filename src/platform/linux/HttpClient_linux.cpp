@@ -3,10 +3,11 @@
 
 #include "platform/HttpClient.h"
 
+#include "platform/linux/TlsTrust.h"
+
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QThread>
 #include <QTimer>
@@ -14,27 +15,6 @@
 #include <future>
 
 namespace {
-
-QList<QSslCertificate> extraCaCertificates()
-{
-    const QString path = qEnvironmentVariable("LEXMIRA_EXTRA_CA_FILE");
-    if (path.isEmpty())
-        return {};
-    const auto certificates =
-        QSslCertificate::fromPath(path, QSsl::Pem, QSslCertificate::PatternSyntax::FixedString);
-    if (certificates.isEmpty())
-        qWarning("LEXMIRA_EXTRA_CA_FILE names no readable PEM certificate: %s",
-                 qUtf8Printable(path));
-    return certificates;
-}
-
-QSslConfiguration tlsConfiguration()
-{
-    auto configuration = QSslConfiguration::defaultConfiguration();
-    configuration.setPeerVerifyMode(QSslSocket::VerifyPeer);
-    configuration.addCaCertificates(extraCaCertificates());
-    return configuration;
-}
 
 // Errors by which Qt reports the status of a response that did arrive; the server answered, so
 // for the caller they are a response, not a failure.
@@ -198,7 +178,7 @@ private:
 class QtHttpClient final : public HttpClient {
 public:
     explicit QtHttpClient(QByteArray userAgent)
-        : tls_(tlsConfiguration())
+        : tls_(verifyingTlsConfiguration())
         , userAgent_(std::move(userAgent))
     {
     }

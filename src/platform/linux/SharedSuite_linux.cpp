@@ -514,13 +514,18 @@ private:
 
 } // namespace
 
-std::unique_ptr<SharedSuite> SharedSuite::open(const QString& suiteName)
+QString SharedSuite::location(const QString& suiteName)
 {
     const std::string name = suiteName.toStdString();
     if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos)
-        return nullptr;
-    const std::string root = configHome() + "/group-containers/" + name;
-    if (root.front() != '/' || !prepareRoot(root))
+        return {};
+    return QString::fromStdString(configHome() + "/group-containers/" + name);
+}
+
+std::unique_ptr<SharedSuite> SharedSuite::open(const QString& suiteName)
+{
+    const std::string root = location(suiteName).toStdString();
+    if (root.empty() || root.front() != '/' || !prepareRoot(root))
         return nullptr;
     FileDescriptor inotify(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     FileDescriptor wakeup(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
