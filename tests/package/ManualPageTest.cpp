@@ -70,25 +70,24 @@ TEST(ManualPages, CompanionPageNamesEveryOptionOfItsHelp)
 
 TEST(ManualPages, ExtensionHostPageNamesEveryOptionOfItsHelp)
 {
-    expectPageNamesEveryOption(
-        QStringLiteral("lexmira-extension-host"),
-        test::toolBinary(QStringLiteral("lexmira-extension-host")),
-        {{QStringLiteral("--help")},
-         {QStringLiteral("install"), QStringLiteral("--help")},
-         {QStringLiteral("uninstall"), QStringLiteral("--help")},
-         {QStringLiteral("status"), QStringLiteral("--help")}});
+    expectPageNamesEveryOption(QStringLiteral("lexmira-extension-host"),
+                               test::toolBinary(QStringLiteral("lexmira-extension-host")),
+                               {{QStringLiteral("--help")},
+                                {QStringLiteral("install"), QStringLiteral("--help")},
+                                {QStringLiteral("uninstall"), QStringLiteral("--help")},
+                                {QStringLiteral("status"), QStringLiteral("--help")}});
 }
 
 TEST(ManualPages, PagesFormatWithoutWarnings)
 {
     for (const char* program : {"lexmira-companion", "lexmira-extension-host"}) {
-        const QString path = manualDir + QLatin1Char('/') + QLatin1String(program) +
-                             QStringLiteral(".1");
+        const QString path =
+            manualDir + QLatin1Char('/') + QLatin1String(program) + QStringLiteral(".1");
         ASSERT_TRUE(QFile::exists(path)) << program;
         QString warnings;
-        const QString text = output(QStringLiteral("man"),
-                                    {QStringLiteral("--warnings"), QStringLiteral("-l"), path},
-                                    &warnings);
+        const QString text =
+            output(QStringLiteral("man"),
+                   {QStringLiteral("--warnings"), QStringLiteral("-l"), path}, &warnings);
         EXPECT_TRUE(text.contains(QStringLiteral("SYNOPSIS"))) << program;
         EXPECT_EQ(warnings, QString()) << program;
     }

@@ -18,6 +18,7 @@
 
 #include <sys/types.h>
 
+#include <algorithm>
 #include <csignal>
 #include <memory>
 
@@ -152,9 +153,8 @@ protected:
         environment.remove(QStringLiteral("LEXMIRA_BUNDLE_DIR"));
         environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), busAddress());
         // The desktop offers an application only when the program its entry runs is found.
-        environment.insert(QStringLiteral("PATH"),
-                           installed(QStringLiteral("/usr/bin:")) +
-                               environment.value(QStringLiteral("PATH")));
+        environment.insert(QStringLiteral("PATH"), installed(QStringLiteral("/usr/bin:")) +
+                                                       environment.value(QStringLiteral("PATH")));
         environment.insert(QStringLiteral("XDG_DATA_DIRS"),
                            installed(QStringLiteral("/usr/share")) +
                                QStringLiteral(":/usr/local/share:/usr/share"));
@@ -181,6 +181,24 @@ protected:
                    : QString();
     }
 
+    // Whether the session bus started the process that owns name (D-Bus activation), rather
+    // than a launcher running the program itself: the bus tells what it starts where it was
+    // started from.
+    static bool startedByTheBus(const QString& name)
+    {
+        const auto pid = QDBusConnection::sessionBus().interface()->servicePid(name);
+        if (!pid.isValid())
+            return false;
+        QFile file(QStringLiteral("/proc/%1/environ").arg(pid.value()));
+        if (!file.open(QIODevice::ReadOnly))
+            return false;
+        const QByteArray starter = QByteArray("DBUS_STARTER_ADDRESS=") + busAddress().toUtf8();
+        const QList<QByteArray> variables = file.readAll().split('\0');
+        return std::any_of(variables.begin(), variables.end(), [&](const QByteArray& variable) {
+            return variable.startsWith(starter);
+        });
+    }
+
     static Finished activate()
     {
         return run(QStringLiteral("gdbus"),
@@ -192,7 +210,10 @@ protected:
     }
 
 private:
-    static QString busAddress() { return QStringLiteral("unix:path=") + busDir_->filePath(QStringLiteral("bus")); }
+    static QString busAddress()
+    {
+        return QStringLiteral("unix:path=") + busDir_->filePath(QStringLiteral("bus"));
+    }
 
     // A session bus whose service files are the package's. The unpacked package does not live at
     // /, so the copies the bus reads name the programs under the throwaway root; the installed
@@ -281,9 +302,9 @@ TEST_F(Package, InstallsTheDesktopFilesWhereTheDesktopLooksForThem)
          })
         EXPECT_TRUE(QFile::exists(installed(QString::fromLatin1(path)))) << path;
     for (int size : {16, 22, 24, 32, 48, 64, 128, 256, 512})
-        EXPECT_TRUE(QFile::exists(
-            installed(QStringLiteral("/usr/share/icons/hicolor/%1x%1/apps/com.lexmira.companion.png")
-                          .arg(size))))
+        EXPECT_TRUE(QFile::exists(installed(
+            QStringLiteral("/usr/share/icons/hicolor/%1x%1/apps/com.lexmira.companion.png")
+                .arg(size))))
             << size;
 }
 
@@ -299,7 +320,8 @@ TEST_F(Package, ServiceFilesNameTheInstalledPrograms)
     const QString broker = readText(services + QStringLiteral("com.lexmira.companion.ext.service"));
     EXPECT_TRUE(broker.contains(QStringLiteral("\nName=com.lexmira.companion.ext\n")))
         << qPrintable(broker);
-    EXPECT_TRUE(broker.contains(QStringLiteral("\nExec=/usr/bin/lexmira-extension-host --broker\n")))
+    EXPECT_TRUE(
+        broker.contains(QStringLiteral("\nExec=/usr/bin/lexmira-extension-host --broker\n")))
         << qPrintable(broker);
 }
 
@@ -310,6 +332,7 @@ TEST_F(Package, SessionBusStartsTheCompanionWhenALauncherActivatesIt)
     EXPECT_EQ(call.exitCode, 0) << qPrintable(call.err);
     EXPECT_EQ(call.out.trimmed(), QStringLiteral("()"));
     EXPECT_EQ(ownerProgram(companionName), installed(QStringLiteral("/usr/bin/lexmira-companion")));
+    EXPECT_TRUE(startedByTheBus(companionName));
 
     // A second activation reaches the same instance.
     const auto owner = QDBusConnection::sessionBus().interface()->servicePid(companionName).value();
@@ -341,13 +364,36 @@ TEST_F(Package, XdgOpenHandsTheSignInUrlToTheRunningInstanceThroughTheDesktopEnt
         << "the running instance took the URL";
 }
 
+TEST_F(Package, XdgOpenStartsTheCompanionWhenNoneRunsAndTheStartedOneTakesTheUrl)
+{
+    ASSERT_FALSE(isOwned(extensionName));
+    const test::DevExtensionPeer peer({}, test::DevExtensionPeer::defaultName(), environment());
+    ASSERT_TRUE(peer.isServing());
+    ASSERT_FALSE(isOwned(companionName));
+
+    const auto opened =
+        run(QStringLiteral("xdg-open"),
+            {QStringLiteral("lexmira.extension://oauth?code=C2&code_challenge=X2")}, environment());
+    EXPECT_EQ(opened.exitCode, 0) << qPrintable(opened.err);
+
+    ASSERT_TRUE(peer.waitForDispatch("oauthExchange", 20s));
+    const auto exchanges = peer.dispatches("oauthExchange");
+    ASSERT_EQ(exchanges.size(), 1u);
+    const auto userInfo = Json::decode(QByteArray::fromStdString(exchanges[0]["userInfo"]));
+    ASSERT_TRUE(userInfo);
+    EXPECT_EQ(*userInfo, (nlohmann::ordered_json{{"code", "C2"}, {"codeChallenge", "X2"}}));
+    EXPECT_EQ(ownerProgram(companionName), installed(QStringLiteral("/usr/bin/lexmira-companion")))
+        << "the started companion keeps running as the instance";
+    EXPECT_TRUE(startedByTheBus(companionName)) << "the desktop entry asks for D-Bus activation";
+}
+
 TEST_F(Package, MetainfoPassesStrictValidation)
 {
-    const auto result = run(
-        QStringLiteral("appstreamcli"),
-        {QStringLiteral("validate"), QStringLiteral("--strict"), QStringLiteral("--no-net"),
-         QStringLiteral("--pedantic"),
-         installed(QStringLiteral("/usr/share/metainfo/com.lexmira.companion.metainfo.xml"))});
+    const auto result =
+        run(QStringLiteral("appstreamcli"),
+            {QStringLiteral("validate"), QStringLiteral("--strict"), QStringLiteral("--no-net"),
+             QStringLiteral("--pedantic"),
+             installed(QStringLiteral("/usr/share/metainfo/com.lexmira.companion.metainfo.xml"))});
     EXPECT_EQ(result.exitCode, 0) << qPrintable(result.out + result.err);
 }
 
