@@ -1036,10 +1036,39 @@ def save_gif(path, frames, durations):
     )
 
 
+# ---------------------------------------------------------------------------
+# The application icon as PNGs for the hicolor theme, beside the scalable
+# data/com.lexmira.companion.svg: the same tile, flat and without a shadow, so that
+# every size looks like the SVG drawn at that size.
+
+APP_ICON_SIZES = (16, 22, 24, 32, 48, 64, 128, 256, 512)
+
+
+def draw_app_icon(size):
+    canvas = Canvas((size, size))
+    unit = size / 128
+    brand_tile(canvas, (8 * unit, 8 * unit, 120 * unit, 120 * unit), gloss=False)
+    return canvas.result()
+
+
+def save_app_icons(theme_dir):
+    """Writes <theme_dir>/<N>x<N>/apps/com.lexmira.companion.png for every size."""
+    for size in APP_ICON_SIZES:
+        folder = os.path.join(theme_dir, f"{size}x{size}", "apps")
+        os.makedirs(folder, exist_ok=True)
+        path = os.path.join(folder, "com.lexmira.companion.png")
+        draw_app_icon(size).save(path, optimize=True)
+        print(path)
+
+
 def main():
     here = os.path.dirname(os.path.abspath(__file__))
     out = sys.argv[1] if len(sys.argv) > 1 else os.path.join(here, "..", "..", "bundle", "artwork")
     out = os.path.normpath(out)
+    # The application icons go to the desktop data, or beside the artwork when an output
+    # directory is given.
+    icons = os.path.join(out, "hicolor") if len(sys.argv) > 1 else os.path.normpath(
+        os.path.join(here, "..", "..", "data", "icons", "hicolor"))
     os.makedirs(out, exist_ok=True)
 
     marks = {
@@ -1065,6 +1094,8 @@ def main():
                     out, f"EnableLexmiraAnimation{appearance}{browser_name}{suffix}.gif")
                 save_gif(path, frames, durations)
                 print(path)
+
+    save_app_icons(icons)
 
 
 if __name__ == "__main__":
