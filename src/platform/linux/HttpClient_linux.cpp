@@ -3,6 +3,8 @@
 
 #include "platform/HttpClient.h"
 
+#include "util/ThreadHandOff.h"
+
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -122,18 +124,15 @@ public:
     void send(HttpRequest request, Completion completion) override
     {
         auto* manager = thread_.manager();
-        QMetaObject::invokeMethod(
-            manager,
-            [manager, tls = tls_, request = std::move(request),
-             completion = std::move(completion)] {
-                QNetworkReply* reply = manager->sendCustomRequest(networkRequest(request, tls),
-                                                                  request.method, request.body);
-                QObject::connect(reply, &QNetworkReply::finished, reply, [reply, completion] {
-                    reply->deleteLater();
-                    complete(*reply, completion);
-                });
-            },
-            Qt::QueuedConnection);
+        ThreadHandOff::queue(manager, [manager, tls = tls_, request = std::move(request),
+                                       completion = std::move(completion)] {
+            QNetworkReply* reply = manager->sendCustomRequest(networkRequest(request, tls),
+                                                              request.method, request.body);
+            QObject::connect(reply, &QNetworkReply::finished, reply, [reply, completion] {
+                reply->deleteLater();
+                complete(*reply, completion);
+            });
+        });
     }
 
 private:
