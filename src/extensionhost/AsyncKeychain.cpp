@@ -4,6 +4,7 @@
 #include "extensionhost/AsyncKeychain.h"
 
 #include "Common/EnvCommon.h"
+#include "util/ThreadHandOff.h"
 
 #include <QPointer>
 
@@ -25,21 +26,17 @@ AsyncKeychain::~AsyncKeychain()
 
 void AsyncKeychain::run(QObject* context, Completion completion, std::function<Result()> call)
 {
-    QMetaObject::invokeMethod(
-        worker_,
-        [this, context = QPointer<QObject>(context), completion = std::move(completion),
-         call = std::move(call)]() mutable {
-            // Back through the receiver, which outlives this thread; the context is only looked
-            // at on its own thread.
-            QMetaObject::invokeMethod(
-                &receiver_,
-                [context, completion = std::move(completion), result = call()] {
-                    if (context)
-                        completion(result);
-                },
-                Qt::QueuedConnection);
-        },
-        Qt::QueuedConnection);
+    ThreadHandOff::queue(worker_, [this, context = QPointer<QObject>(context),
+                                   completion = std::move(completion),
+                                   call = std::move(call)]() mutable {
+        // Back through the receiver, which outlives this thread; the context is only looked at on
+        // its own thread.
+        ThreadHandOff::queue(&receiver_,
+                             [context, completion = std::move(completion), result = call()] {
+                                 if (context)
+                                     completion(result);
+                             });
+    });
 }
 
 void AsyncKeychain::get(const std::string& account, bool asPersistentReference, QObject* context,

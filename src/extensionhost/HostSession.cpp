@@ -6,6 +6,7 @@
 #include "extensionhost/AsyncKeychain.h"
 #include "extensionhost/HostProtocol.h"
 #include "platform/SharedSuite.h"
+#include "util/ThreadHandOff.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -29,7 +30,7 @@ public:
 
     void observeValue(const QString&) override
     {
-        QMetaObject::invokeMethod(session_, changed_, Qt::QueuedConnection);
+        ThreadHandOff::queue(session_, changed_);
     }
 
 private:

@@ -3,8 +3,9 @@
 
 #pragma once
 
+#include "util/ThreadHandOff.h"
+
 #include <QCoreApplication>
-#include <QMetaObject>
 
 #include <functional>
 #include <utility>
@@ -15,7 +16,7 @@ namespace FutureFunc {
 // Runs work on the main thread, asynchronously, after the current event has been handled.
 inline void onMain(std::function<void()> work)
 {
-    QMetaObject::invokeMethod(QCoreApplication::instance(), std::move(work), Qt::QueuedConnection);
+    ThreadHandOff::queue(QCoreApplication::instance(), std::move(work));
 }
 
 // Wraps a completion so that, from whichever thread it is called, it runs on the main thread.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/ExtensionBridge.h"
+#include "util/ThreadHandOff.h"
 
 #include <QCoreApplication>
 #include <QMetaObject>
@@ -118,7 +119,7 @@ private:
     void answer(std::function<void()> call)
     {
         QObject* context = answersFromWorker ? &workerContext_ : QCoreApplication::instance();
-        QMetaObject::invokeMethod(context, std::move(call), Qt::QueuedConnection);
+        ThreadHandOff::queue(context, std::move(call));
     }
 
     QThread worker_;

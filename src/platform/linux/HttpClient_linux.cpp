@@ -4,6 +4,7 @@
 #include "platform/HttpClient.h"
 
 #include "platform/linux/TlsTrust.h"
+#include "util/ThreadHandOff.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -186,15 +187,13 @@ public:
     void send(HttpRequest request, Completion completion) override
     {
         auto* manager = thread_.manager();
-        QMetaObject::invokeMethod(
-            manager,
-            [manager, tls = tls_, userAgent = userAgent_, request = std::move(request),
-             completion = std::move(completion)]() mutable {
-                QNetworkReply* reply = manager->sendCustomRequest(
-                    networkRequest(request, tls, userAgent), request.method, request.body);
-                new Exchange(reply, request, std::move(completion));
-            },
-            Qt::QueuedConnection);
+        ThreadHandOff::queue(manager, [manager, tls = tls_, userAgent = userAgent_,
+                                       request = std::move(request),
+                                       completion = std::move(completion)]() mutable {
+            QNetworkReply* reply = manager->sendCustomRequest(networkRequest(request, tls, userAgent),
+                                                              request.method, request.body);
+            new Exchange(reply, request, std::move(completion));
+        });
     }
 
 private:

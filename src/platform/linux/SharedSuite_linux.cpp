@@ -3,6 +3,8 @@
 
 #include "platform/SharedSuite.h"
 
+#include "platform/linux/SuiteKeyFileName.h"
+
 #include <QLoggingCategory>
 #include <QRandomGenerator>
 
@@ -87,30 +89,6 @@ public:
 private:
     int fd_;
 };
-
-// The file name of key: its UTF-8 bytes, each byte outside [A-Za-z0-9._-] and a leading "."
-// written as %XX.
-std::string fileNameForKey(const QString& key)
-{
-    static constexpr char hex[] = "0123456789ABCDEF";
-    const QByteArray bytes = key.toUtf8();
-    std::string name;
-    name.reserve(static_cast<std::size_t>(bytes.size()));
-    for (qsizetype i = 0; i < bytes.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        const bool plain = (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') ||
-                           (byte >= '0' && byte <= '9') || byte == '_' || byte == '-' ||
-                           (byte == '.' && i > 0);
-        if (plain) {
-            name.push_back(static_cast<char>(byte));
-        } else {
-            name.push_back('%');
-            name.push_back(hex[byte >> 4]);
-            name.push_back(hex[byte & 0xF]);
-        }
-    }
-    return name;
-}
 
 bool writeAll(int fd, const QByteArray& bytes)
 {
@@ -247,13 +225,13 @@ public:
     {
         const std::lock_guard lock(mutex_);
         auto entry = std::make_shared<Entry>(Entry{std::move(observer), key, true});
-        observers_[fileNameForKey(key)].push_back(std::move(entry));
+        observers_[SuiteKeyFileName::fromKey(key)].push_back(std::move(entry));
     }
 
     void remove(const SharedSuiteObserver* observer, const QString& key)
     {
         std::unique_lock lock(mutex_);
-        const auto found = observers_.find(fileNameForKey(key));
+        const auto found = observers_.find(SuiteKeyFileName::fromKey(key));
         if (found == observers_.end())
             return;
         auto& entries = found->second;
@@ -428,7 +406,7 @@ public:
 
     std::optional<QByteArray> data(const QString& key) const override
     {
-        const std::string name = fileNameForKey(key);
+        const std::string name = SuiteKeyFileName::fromKey(key);
         if (name.empty())
             return std::nullopt;
         // Non-blocking, so that whatever sits under the key's name (a FIFO) cannot hold the
@@ -446,7 +424,7 @@ public:
 
     void setData(const std::optional<QByteArray>& bytes, const QString& key) override
     {
-        const std::string name = fileNameForKey(key);
+        const std::string name = SuiteKeyFileName::fromKey(key);
         if (name.empty())
             return;
         if (!bytes) {
