@@ -136,8 +136,9 @@ void FlatButton::paintEvent(QPaintEvent*)
         // The pen straddles the path: its outer edge lies focusRingInset inside the button's.
         const qreal ringInset = focusRingInset + focusRingWidth / 2;
         painter.setPen(QPen(Qt::white, focusRingWidth));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(ringInset, ringInset, -ringInset, -ringInset),
-                                cornerRadius - 1, cornerRadius - 1);
+        painter.drawRoundedRect(
+            QRectF(rect()).adjusted(ringInset, ringInset, -ringInset, -ringInset), cornerRadius - 1,
+            cornerRadius - 1);
     }
     painter.setPen(Qt::white);
     painter.setFont(font());

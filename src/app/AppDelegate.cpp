@@ -4,8 +4,8 @@
 #include "app/AppDelegate.h"
 
 #include "Common/Env.h"
-#include "EnableExtensionView/EnableExtensionNotification.h"
 #include "EnableExtensionView/ColorScheme.h"
+#include "EnableExtensionView/EnableExtensionNotification.h"
 #include "EnableExtensionView/EnableExtensionViewController.h"
 #include "EnableExtensionView/ExtensionPreferences.h"
 #include "app/Application.h"

@@ -190,8 +190,7 @@ protected:
     {
         environment = test::childEnvironment();
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-        environment.insert(QStringLiteral("DISPLAY"),
-                           qEnvironmentVariable("LEXMIRA_TEST_DISPLAY"));
+        environment.insert(QStringLiteral("DISPLAY"), qEnvironmentVariable("LEXMIRA_TEST_DISPLAY"));
         environment.insert(QStringLiteral("QT_LINUX_ACCESSIBILITY_ALWAYS_ON"), QStringLiteral("1"));
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config.path());
         environment.insert(QStringLiteral("LEXMIRA_LOG_HOST"), logServer.hostAndPort());
@@ -267,10 +266,10 @@ TEST_F(DesktopAccess, ScreenReaderReadsEachPanelOnceWithNamesAndRoles)
     // The steps, once, as one sentence; none of the pieces they are drawn from.
     EXPECT_EQ(showingNames(tree, QStringLiteral("label")), QStringList{stepsSpoken});
     for (const Node& node : tree)
-        for (const QString& piece : {QStringLiteral("1\n2"), QStringLiteral(".\n."),
-                                     QStringLiteral("\n\nto grant permission "),
-                                     QStringLiteral("1 2"), QStringLiteral(". ."),
-                                     QStringLiteral("to grant permission")}) {
+        for (const QString& piece :
+             {QStringLiteral("1\n2"), QStringLiteral(".\n."),
+              QStringLiteral("\n\nto grant permission "), QStringLiteral("1 2"),
+              QStringLiteral(". ."), QStringLiteral("to grant permission")}) {
             EXPECT_NE(node.name, piece) << node.role.toStdString();
             EXPECT_NE(node.text.value_or(QString()), piece) << node.role.toStdString();
         }
@@ -290,12 +289,11 @@ TEST_F(DesktopAccess, ScreenReaderReadsEachPanelOnceWithNamesAndRoles)
     for (const Node& node : tree)
         if (node.role == QStringLiteral("menu item"))
             items << node.name;
-    for (const QString& item :
-         {QStringLiteral("About Lexmira"), QStringLiteral("Quit Lexmira"),
-          QStringLiteral("Open…"), QStringLiteral("Close"), QStringLiteral("Minimize"),
-          QStringLiteral("Bring All to Front")})
-        EXPECT_TRUE(items.contains(item)) << item.toStdString() << " among "
-                                          << items.join(u'|').toStdString();
+    for (const QString& item : {QStringLiteral("About Lexmira"), QStringLiteral("Quit Lexmira"),
+                                QStringLiteral("Open…"), QStringLiteral("Close"),
+                                QStringLiteral("Minimize"), QStringLiteral("Bring All to Front")})
+        EXPECT_TRUE(items.contains(item))
+            << item.toStdString() << " among " << items.join(u'|').toStdString();
     QStringList menus;
     for (const Node& node : tree)
         if (node.role == QStringLiteral("menu") || node.role == QStringLiteral("menu item"))
@@ -329,7 +327,8 @@ TEST_F(DesktopAccess, TheSettingsButtonReportsBusyWhileTheSettingsOpen)
     ASSERT_TRUE(press(QStringLiteral("push button"), settingsTitle, settings->actions.front()));
 
     tree = waitForShowing(QStringLiteral("push button"), QStringLiteral("Opening..."), 10s);
-    const Node* busy = findShowing(tree, QStringLiteral("push button"), QStringLiteral("Opening..."));
+    const Node* busy =
+        findShowing(tree, QStringLiteral("push button"), QStringLiteral("Opening..."));
     ASSERT_TRUE(busy);
     EXPECT_TRUE(busy->states.contains(QStringLiteral("busy")));
     EXPECT_FALSE(busy->states.contains(QStringLiteral("enabled")));
@@ -434,8 +433,8 @@ TEST_P(DesktopAppearance, MenuBarAboutPanelAndAlertsFollowThePanel)
     const QColor wanted = ColorScheme::forAppearance(dark()).panel;
     ASSERT_TRUE(test::waitUntil(
         [&] {
-            const QColor shown(screenAt(QRect(panel.topLeft() + QPoint(5, 5), QSize(1, 1)))
-                                   .pixel(0, 0));
+            const QColor shown(
+                screenAt(QRect(panel.topLeft() + QPoint(5, 5), QSize(1, 1))).pixel(0, 0));
             return std::abs(shown.red() - wanted.red()) <= 3 &&
                    std::abs(shown.blue() - wanted.blue()) <= 3;
         },
@@ -449,18 +448,21 @@ TEST_P(DesktopAppearance, MenuBarAboutPanelAndAlertsFollowThePanel)
     ASSERT_NE(menuBar, tree.end());
     expectLooksLikeThePanel(menuBar->extents, "menu bar");
 
-    const Node* aboutItem = find(tree, QStringLiteral("menu item"), QStringLiteral("About Lexmira"));
+    const Node* aboutItem =
+        find(tree, QStringLiteral("menu item"), QStringLiteral("About Lexmira"));
     ASSERT_TRUE(aboutItem);
     ASSERT_FALSE(aboutItem->actions.isEmpty());
     ASSERT_TRUE(press(QStringLiteral("menu item"), QStringLiteral("About Lexmira"),
                       aboutItem->actions.front()));
     tree = waitForShowing(QStringLiteral("dialog"), QStringLiteral("About Lexmira"));
-    const Node* about = findShowing(tree, QStringLiteral("dialog"), QStringLiteral("About Lexmira"));
+    const Node* about =
+        findShowing(tree, QStringLiteral("dialog"), QStringLiteral("About Lexmira"));
     ASSERT_TRUE(about);
     test::spin(500ms);
     expectLooksLikeThePanel(about->extents, "About panel");
 
-    ASSERT_TRUE(peer->control({QStringLiteral("fail-next-dispatch"), QStringLiteral("openSafari")}));
+    ASSERT_TRUE(
+        peer->control({QStringLiteral("fail-next-dispatch"), QStringLiteral("openSafari")}));
     const Node* gotIt = find(tree, QStringLiteral("push button"), gotItTitle);
     ASSERT_TRUE(gotIt);
     ASSERT_FALSE(gotIt->actions.isEmpty());
