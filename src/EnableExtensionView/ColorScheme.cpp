@@ -24,3 +24,29 @@ ColorScheme ColorScheme::dark()
             colorFromRgb(0x575757, 1.0),      QStringLiteral("EnableLexmiraAnimationDark"),
             QStringLiteral("DarkWarningMark")};
 }
+
+QPalette ColorScheme::darkPalette()
+{
+    const ColorScheme scheme = dark();
+    const QColor window = scheme.panel;
+    const QColor raised = colorFromRgb(0x2A2B33, 1.0);
+    const QColor text = scheme.text;
+    const QColor dimmed = colorFromRgb(0x7C7D82, 1.0);
+
+    QPalette palette(text, raised, colorFromRgb(0x3A3B44, 1.0), colorFromRgb(0x111216, 1.0),
+                     colorFromRgb(0x24252C, 1.0), text, Qt::white, colorFromRgb(0x24252C, 1.0),
+                     window);
+    palette.setColor(QPalette::Shadow, Qt::black);
+    palette.setColor(QPalette::AlternateBase, raised);
+    palette.setColor(QPalette::Highlight, scheme.button);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, colorFromRgb(0x6EA4F7, 1.0));
+    palette.setColor(QPalette::LinkVisited, colorFromRgb(0x9B8CF2, 1.0));
+    palette.setColor(QPalette::ToolTipBase, raised);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::PlaceholderText, dimmed);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, dimmed);
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, colorFromRgb(0x3A3B44, 1.0));
+    return palette;
+}

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QColor>
+#include <QPalette>
 #include <QString>
 
 #include <cstdint>
@@ -21,6 +22,11 @@ struct ColorScheme {
     static ColorScheme light();
     static ColorScheme dark();
     static ColorScheme forAppearance(bool isDark) { return isDark ? dark() : light(); }
+
+    // The palette of the application's other surfaces (menu bar, menus, the About panel,
+    // alerts) in the dark appearance, so that they match the dark panel. The light appearance
+    // keeps the platform's palette.
+    static QPalette darkPalette();
 
     bool operator==(const ColorScheme&) const = default;
 };

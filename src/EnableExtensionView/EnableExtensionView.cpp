@@ -161,21 +161,17 @@ void EnableExtensionView::buildContent()
     pollState(std::make_shared<bool>(true));
 }
 
-QWidget* EnableExtensionView::makePanel()
+Panel* EnableExtensionView::makePanel()
 {
-    auto* panel = new QWidget(this);
+    auto* panel = new Panel(colorScheme_->panel, this);
     panel->hide();
     panel->setGeometry(rect());
-    panel->setAutoFillBackground(true);
-    QPalette palette = panel->palette();
-    palette.setColor(QPalette::Window, colorScheme_->panel);
-    panel->setPalette(palette);
     // Later panels cover earlier ones.
     panel->raise();
     return panel;
 }
 
-void EnableExtensionView::buildExtensionEnabledPanel(QWidget* panel)
+void EnableExtensionView::buildExtensionEnabledPanel(Panel* panel)
 {
     const qreal ratio = devicePixelRatioF();
     const QFont title = systemFont(24, QFont::Bold);
@@ -202,7 +198,7 @@ void EnableExtensionView::buildExtensionEnabledPanel(QWidget* panel)
     connect(openSafariButton_, &QPushButton::clicked, this, &EnableExtensionView::openSafari);
 }
 
-void EnableExtensionView::buildEnableExtensionPanel(QWidget* panel)
+void EnableExtensionView::buildEnableExtensionPanel(Panel* panel)
 {
     const qreal ratio = devicePixelRatioF();
     const QFont title = systemFont(24, QFont::Bold);
@@ -222,10 +218,11 @@ void EnableExtensionView::buildEnableExtensionPanel(QWidget* panel)
     stepText->move(dots->geometry().right() + 1 - 6, stepsTop);
     auto* tail = new TextView(tr(stepsTail), title, colorScheme_->text, 4.0, Qt::AlignLeft, panel);
     tail->move(stepText->x() + 2, stepsTop);
-    // A screen reader reads the steps once, in order; the pieces are only drawn.
-    for (QWidget* piece :
-         {static_cast<QWidget*>(numbers), static_cast<QWidget*>(dots), static_cast<QWidget*>(tail)})
-        piece->setAccessibleName(QString());
+    // A screen reader reads the steps once, as one sentence in order; the pieces around the
+    // steps' text are only drawn.
+    for (QWidget* piece : {static_cast<QWidget*>(numbers), static_cast<QWidget*>(dots),
+                           static_cast<QWidget*>(tail)})
+        panel->setDrawnOnly(piece);
     stepText->setAccessibleName(tr(stepsSpoken));
 
     openSafariExtensionPreferencesButton_ =
@@ -407,6 +404,7 @@ void EnableExtensionView::setSettingsButtonBusy(FlatButton& button, const ColorS
                                                 bool busy)
 {
     button.setEnabled(!busy);
+    button.setBusy(busy);
     if (busy)
         button.setLook(tr(openingTitle), scheme.disableButton, scheme.disableButtonBorder, 1);
     else

@@ -6,6 +6,7 @@
 #include "EnableExtensionView/Artwork.h"
 #include "EnableExtensionView/ColorScheme.h"
 #include "EnableExtensionView/FlatButton.h"
+#include "EnableExtensionView/Panel.h"
 #include "EnableExtensionView/TextView.h"
 #include "logging/Skrivo.h"
 
@@ -81,9 +82,9 @@ public:
 
 private:
     void buildContent();
-    QWidget* makePanel();
-    void buildExtensionEnabledPanel(QWidget* panel);
-    void buildEnableExtensionPanel(QWidget* panel);
+    Panel* makePanel();
+    void buildExtensionEnabledPanel(Panel* panel);
+    void buildEnableExtensionPanel(Panel* panel);
     void pollState(std::shared_ptr<bool> logOnce);
     void showStateResult(std::optional<bool> enabled, std::optional<QString> error,
                          const std::shared_ptr<bool>& logOnce);
@@ -98,9 +99,9 @@ private:
     static void setSettingsButtonBusy(FlatButton& button, const ColorScheme& scheme, bool busy);
 
     Dependencies deps_;
-    QPointer<QWidget> extensionEnabledPanel_;
+    QPointer<Panel> extensionEnabledPanel_;
     QPointer<FlatButton> openSafariButton_;
-    QPointer<QWidget> enableExtensionPanel_;
+    QPointer<Panel> enableExtensionPanel_;
     QPointer<FlatButton> openSafariExtensionPreferencesButton_;
     QPointer<TextView> enabledBody_;
     QPointer<QLabel> animation_;

@@ -4,6 +4,7 @@
 #include "app/AppDelegate.h"
 
 #include "Common/Env.h"
+#include "EnableExtensionView/ColorScheme.h"
 #include "EnableExtensionView/EnableExtensionNotification.h"
 #include "EnableExtensionView/EnableExtensionViewController.h"
 #include "EnableExtensionView/ExtensionPreferences.h"
@@ -11,9 +12,12 @@
 #include "app/MainWindow.h"
 #include "app/MainWindowController.h"
 #include "bridge/OAuth.h"
+#include "platform/Appearance.h"
 #include "platform/MainBundle.h"
 #include "platform/UserDefaults.h"
 #include "services/Tracker.h"
+
+#include <QApplication>
 
 namespace {
 
@@ -49,6 +53,19 @@ void AppDelegate::applicationWillFinishLaunching()
     env().userDefaults().setBool(false, fullScreenMenuItemKey);
     // Bound before launch completes, so that a URL that started the application is delivered.
     Application::shared().setGetUrlHandler(&env().oauth());
+    followAppearance();
+}
+
+void AppDelegate::followAppearance()
+{
+    // The panel draws its own colours; the menu bar, menus, the About panel and alerts take
+    // the application's palette, dark with the panel and the platform's own otherwise.
+    Appearance& appearance = env().appearance();
+    const auto apply = [&appearance, platform = QApplication::palette()] {
+        QApplication::setPalette(appearance.isDark() ? ColorScheme::darkPalette() : platform);
+    };
+    apply();
+    connect(&appearance, &Appearance::changed, this, apply);
 }
 
 void AppDelegate::applicationDidFinishLaunching()

@@ -40,6 +40,8 @@ public:
     }
 
 private:
+    void followAppearance();
+
     std::unique_ptr<MainWindowController> mainWindowController_;
     std::unique_ptr<EnableExtensionNotification> enableExtensionNotification_;
 };

@@ -533,3 +533,31 @@ TEST_F(ViewTest, ButtonsAndTextsAreAccessible)
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(ViewTest, StepPiecesAreLeftOutOfWhatScreenReadersRead)
+{
+    const auto view = makeView();
+    view->show();
+    QAccessibleInterface* panel =
+        QAccessible::queryAccessibleInterface(view->enableExtensionPanel());
+    ASSERT_NE(panel, nullptr);
+    QStringList names;
+    for (int i = 0; i < panel->childCount(); ++i) {
+        QAccessibleInterface* child = panel->child(i);
+        ASSERT_NE(child, nullptr);
+        EXPECT_EQ(panel->indexOfChild(child), i);
+        names << child->text(QAccessible::Name);
+    }
+    // The warning mark, the steps as one sentence, the button, the animation.
+    EXPECT_EQ(names, (QStringList{QStringLiteral("Warning"),
+                                  QStringLiteral("1. Open settings. 2. Click checkbox to grant "
+                                                 "permission."),
+                                  QStringLiteral("Open settings to enable Lexmira"),
+                                  QStringLiteral("How to enable Lexmira")}));
+    // Still drawn: all four pieces are on the panel.
+    EXPECT_EQ(childrenOf<TextView>(view->enableExtensionPanel()).size(), 4);
+}
+
+} // namespace
