@@ -10,6 +10,7 @@
 #include "support/BrowserPlayer.h"
 #include "support/ChildProcess.h"
 #include "support/HttpsTestServer.h"
+#include "support/PrivateBus.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -27,6 +28,7 @@
 #include <QTemporaryDir>
 
 #include <csignal>
+#include <map>
 #include <memory>
 #include <set>
 
@@ -1031,58 +1033,21 @@ TEST_F(CompanionWithHost, ASignInCallbackReachesTheExtensionAsAnExchangeDispatch
 
 // A session bus of the test's own that starts the broker from a service file, as an installed
 // system does; no other test sees it.
-
-class PrivateBus {
+class BrokerBus {
 public:
-    explicit PrivateBus(const QStringList& brokerOptions)
+    explicit BrokerBus(const QStringList& brokerOptions)
+        : daemon_(std::map<QString, QString>{
+              {serviceName,
+               (QStringList{hostBinary(), QStringLiteral("--broker")} + brokerOptions)
+                   .join(u' ')}})
+        , address_(daemon_.address())
     {
-        const QDir dir(dir_.path());
-        dir.mkpath(QStringLiteral("services"));
-        QFile service(dir.filePath(QStringLiteral("services/com.lexmira.companion.ext.service")));
-        service.open(QIODevice::WriteOnly);
-        service.write(
-            "[D-BUS Service]\nName=com.lexmira.companion.ext\nExec=" +
-            QStringList(QStringList{hostBinary(), QStringLiteral("--broker")} + brokerOptions)
-                .join(u' ')
-                .toUtf8() +
-            "\n");
-        service.close();
-        QFile configuration(dir.filePath(QStringLiteral("bus.conf")));
-        configuration.open(QIODevice::WriteOnly);
-        configuration.write(
-            "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
-            " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-            "<busconfig>\n"
-            "  <type>session</type>\n"
-            "  <keep_umask/>\n"
-            "  <listen>unix:dir=" +
-            dir_.path().toUtf8() +
-            "</listen>\n"
-            "  <servicedir>" +
-            dir.filePath(QStringLiteral("services")).toUtf8() +
-            "</servicedir>\n"
-            "  <policy context=\"default\">\n"
-            "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
-            "    <allow eavesdrop=\"true\"/>\n"
-            "    <allow own=\"*\"/>\n"
-            "  </policy>\n"
-            "</busconfig>\n");
-        configuration.close();
-
-        daemon_ = std::make_unique<test::ChildProcess>(
-            QStringLiteral("dbus-daemon"),
-            QStringList{QStringLiteral("--config-file=") + configuration.fileName(),
-                        QStringLiteral("--print-address"), QStringLiteral("--nofork")},
-            QProcessEnvironment::systemEnvironment());
-        QProcess& daemon = daemon_->process();
-        test::waitUntil([&] { return daemon.canReadLine() || !daemon_->running(); });
-        address_ = QString::fromUtf8(daemon.readLine()).trimmed();
         if (!address_.isEmpty())
             bus_ = std::make_unique<QDBusConnection>(
                 QDBusConnection::connectToBus(address_, connectionName()));
     }
 
-    ~PrivateBus()
+    ~BrokerBus()
     {
         // The broker the bus started is the bus's child, not this test's: end it by its id.
         if (bus_ && bus_->isConnected() && isOwned(*bus_, serviceName)) {
@@ -1092,11 +1057,10 @@ public:
         }
         bus_.reset();
         QDBusConnection::disconnectFromBus(connectionName());
-        daemon_.reset();
     }
 
-    PrivateBus(const PrivateBus&) = delete;
-    PrivateBus& operator=(const PrivateBus&) = delete;
+    BrokerBus(const BrokerBus&) = delete;
+    BrokerBus& operator=(const BrokerBus&) = delete;
 
     bool isRunning() const { return bus_ && bus_->isConnected(); }
     const QString& address() const { return address_; }
@@ -1128,15 +1092,14 @@ public:
 private:
     static QString connectionName() { return QStringLiteral("lexmira-test-private-bus"); }
 
-    QTemporaryDir dir_;
-    std::unique_ptr<test::ChildProcess> daemon_;
+    test::PrivateBus daemon_;
     QString address_;
     std::unique_ptr<QDBusConnection> bus_;
 };
 
 TEST(ExtensionHostActivation, TheCompanionsFirstStateQueryStartsTheBrokerAndIsAnsweredFalse)
 {
-    PrivateBus bus({QStringLiteral("--idle-timeout"), QStringLiteral("2000")});
+    BrokerBus bus({QStringLiteral("--idle-timeout"), QStringLiteral("2000")});
     ASSERT_TRUE(bus.isRunning());
     ASSERT_FALSE(isOwned(bus.bus(), serviceName));
 
@@ -1160,7 +1123,7 @@ TEST(ExtensionHostActivation, TheCompanionsFirstStateQueryStartsTheBrokerAndIsAn
 
 TEST(ExtensionHostActivation, AStartedBrokerExitsByItselfOnceIdle)
 {
-    PrivateBus bus({QStringLiteral("--idle-timeout"), QStringLiteral("2000")});
+    BrokerBus bus({QStringLiteral("--idle-timeout"), QStringLiteral("2000")});
     ASSERT_TRUE(bus.isRunning());
     EXPECT_EQ(bus.callExtension(QStringLiteral("GetState")), QStringLiteral("(false,)"));
     QElapsedTimer sinceCalled;
@@ -1178,7 +1141,7 @@ TEST(ExtensionHostActivation, AStartedBrokerExitsByItselfOnceIdle)
 
 TEST(ExtensionHostActivation, AHostsHelloStartsTheBroker)
 {
-    PrivateBus bus({});
+    BrokerBus bus({});
     ASSERT_TRUE(bus.isRunning());
     QTemporaryDir config;
     auto environment = test::childEnvironment();
@@ -1195,7 +1158,7 @@ TEST(ExtensionHostActivation, AHostsHelloStartsTheBroker)
 
 TEST(ExtensionHostActivation, AConnectedHostStartsANewBrokerWhenItsBrokerDies)
 {
-    PrivateBus bus({});
+    BrokerBus bus({});
     ASSERT_TRUE(bus.isRunning());
     QTemporaryDir config;
     auto environment = test::childEnvironment();
