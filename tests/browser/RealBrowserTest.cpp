@@ -6,6 +6,7 @@
 // for them, and the companion on the test session's display. What the user would see is read
 // back from the X server.
 
+#include "Common/EnvCommon.h"
 #include "support/ChildProcess.h"
 #include "support/HttpsTestServer.h"
 #include "support/PlainHttpServer.h"
@@ -41,7 +42,8 @@ using Json = nlohmann::ordered_json;
 
 const QString instanceName = QStringLiteral("com.lexmira.companion");
 const QString extensionName = QStringLiteral("com.lexmira.companion.ext");
-const QString suiteName = QStringLiteral("Q7R2M5K8T1.group.com.lexmira.safari.extension");
+const QString suiteName =
+    QString::fromUtf8(appGroupSuiteName.data(), qsizetype(appGroupSuiteName.size()));
 const QString callback = QStringLiteral(
     "lexmira.extension://"
     "oauth?code=4%2FP7q-xZ&code_challenge=E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM");

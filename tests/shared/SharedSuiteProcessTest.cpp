@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <ctime>
 #include <mutex>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -42,6 +43,35 @@ protected:
         auto environment = test::childEnvironment();
         environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config.path());
         return environment;
+    }
+
+    // What a peer started with "read STOPFILE" counted, once told to stop.
+    struct ReadReport {
+        QString text;
+        long reads = 0;
+        long valid = 0;
+        long invalid = 0;
+    };
+    // Tells that reader to stop and waits for its report; none when it gave no report.
+    static std::optional<ReadReport> stopReader(QProcess& reader, const QString& stopFile)
+    {
+        QFile stop(stopFile);
+        if (!stop.open(QIODevice::WriteOnly))
+            return std::nullopt;
+        stop.close();
+        if (!reader.waitForFinished(30000))
+            return std::nullopt;
+        ReadReport report;
+        report.text = QString::fromUtf8(reader.readAllStandardOutput()).trimmed();
+        const auto match =
+            QRegularExpression(QStringLiteral("^reads=(\\d+) valid=(\\d+) invalid=(\\d+)$"))
+                .match(report.text);
+        if (!match.hasMatch())
+            return std::nullopt;
+        report.reads = match.captured(1).toLong();
+        report.valid = match.captured(2).toLong();
+        report.invalid = match.captured(3).toLong();
+        return report;
     }
 
     void startPeer(QProcess& peer, const QStringList& arguments) const
@@ -140,18 +170,11 @@ TEST_F(SharedSuiteProcessTest, ConcurrentWritersNeverShowATornValue)
     EXPECT_EQ(first.exitCode(), 0);
     EXPECT_EQ(second.exitCode(), 0);
 
-    QFile stop(stopFile);
-    ASSERT_TRUE(stop.open(QIODevice::WriteOnly));
-    stop.close();
-    ASSERT_TRUE(reader.waitForFinished(30000));
-    const QString report = QString::fromUtf8(reader.readAllStandardOutput()).trimmed();
-    const auto match =
-        QRegularExpression(QStringLiteral("^reads=(\\d+) valid=(\\d+) invalid=(\\d+)$"))
-            .match(report);
-    ASSERT_TRUE(match.hasMatch()) << report.toStdString();
-    EXPECT_GT(match.captured(1).toLong(), 0);
-    EXPECT_EQ(match.captured(2), match.captured(1));
-    EXPECT_EQ(match.captured(3).toLong(), 0);
+    const auto report = stopReader(reader, stopFile);
+    ASSERT_TRUE(report) << reader.readAllStandardError().toStdString();
+    EXPECT_GT(report->reads, 0);
+    EXPECT_EQ(report->valid, report->reads);
+    EXPECT_EQ(report->invalid, 0);
 
     const auto last = shared.userInfo.value();
     ASSERT_TRUE(last);
@@ -214,20 +237,13 @@ TEST_F(SharedSuiteProcessTest, WritersKilledAtRandomPointsNeverLeaveATornValue)
         EXPECT_EQ(value->containerId.size(), 32u * 1024 + value->userId.size() + 3);
     }
 
-    QFile stop(stopFile);
-    ASSERT_TRUE(stop.open(QIODevice::WriteOnly));
-    stop.close();
-    ASSERT_TRUE(reader.waitForFinished(30000));
-    const QString report = QString::fromUtf8(reader.readAllStandardOutput()).trimmed();
-    const auto match =
-        QRegularExpression(QStringLiteral("^reads=(\\d+) valid=(\\d+) invalid=(\\d+)$"))
-            .match(report);
-    ASSERT_TRUE(match.hasMatch()) << report.toStdString();
-    EXPECT_GT(match.captured(1).toLong(), 0);
-    EXPECT_EQ(match.captured(3).toLong(), 0);
-    std::printf("[ figures  ] %d writes completed in %d rounds, %d writers killed, %s reads all "
+    const auto report = stopReader(reader, stopFile);
+    ASSERT_TRUE(report) << reader.readAllStandardError().toStdString();
+    EXPECT_GT(report->reads, 0);
+    EXPECT_EQ(report->invalid, 0);
+    std::printf("[ figures  ] %d writes completed in %d rounds, %d writers killed, %ld reads all "
                 "valid\n",
-                completed, rounds, kills, qPrintable(match.captured(1)));
+                completed, rounds, kills, report->reads);
 
     // What the killed writers left behind, made old, goes when the suite is next opened.
     QDir root(config.suiteRoot());
