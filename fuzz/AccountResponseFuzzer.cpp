@@ -11,6 +11,8 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+namespace lexmira {
+
 namespace {
 
 const QUrl userUrl(QStringLiteral("https://account.lexmira.test/v3/user/oranonymous"));
@@ -32,6 +34,10 @@ bool fitsInOneField(const QByteArray& value)
 }
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {

@@ -17,6 +17,8 @@
 
 #include <QUrl>
 
+namespace lexmira {
+
 namespace {
 
 // The callback that carries result, every value byte percent-encoded but the unreserved ones.
@@ -52,6 +54,10 @@ struct Handler {
 Handler* handler;
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {

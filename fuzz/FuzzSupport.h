@@ -20,6 +20,8 @@
 #include <utility>
 #include <vector>
 
+namespace lexmira {
+
 // A broken property is a crash, so that libFuzzer keeps the input that shows it.
 #define FUZZ_CHECK(condition)                                                                      \
     do {                                                                                           \
@@ -89,3 +91,5 @@ public:
 };
 
 } // namespace fuzz
+
+} // namespace lexmira

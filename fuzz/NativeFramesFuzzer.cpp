@@ -14,6 +14,8 @@
 #include "fakes/FakeBrokerLink.h"
 #include "fakes/MemorySharedSuite.h"
 
+namespace lexmira {
+
 namespace {
 
 // A keychain with nothing in it, quick to answer.
@@ -34,6 +36,10 @@ void checkFrameOut(const QByteArray& frame)
 }
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {

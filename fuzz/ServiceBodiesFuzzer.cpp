@@ -15,6 +15,8 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+namespace lexmira {
+
 namespace {
 
 class FixedUserInfo final : public PartialUserInfoProvider {
@@ -121,6 +123,10 @@ void trackEvent(FuzzedDataProvider& input)
 }
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {

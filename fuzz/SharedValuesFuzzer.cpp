@@ -10,6 +10,8 @@
 #include "fakes/MemorySharedData.h"
 #include "util/Json.h"
 
+namespace lexmira {
+
 namespace {
 
 template <class V>
@@ -26,6 +28,10 @@ std::shared_ptr<MemoryDataContainer> container;
 std::unique_ptr<SharedData> sharedData;
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {

@@ -11,6 +11,8 @@
 
 #include <cstring>
 
+namespace lexmira {
+
 namespace {
 
 int hexDigit(char c)
@@ -71,6 +73,10 @@ void check(const QString& key)
 }
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

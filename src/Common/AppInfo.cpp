@@ -5,6 +5,8 @@
 
 #include "util/FatalError.h"
 
+namespace lexmira {
+
 namespace {
 
 constexpr auto bundleNameKey = "CFBundleName";
@@ -58,3 +60,5 @@ std::optional<AppInfo::Component> componentFromRawValue(std::string_view raw)
             return component;
     return std::nullopt;
 }
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+namespace lexmira {
+
 // Identity of this client, read from the bundle.
 struct AppInfo {
     enum class Component { companion, native };
@@ -23,3 +25,5 @@ struct AppInfo {
 
 std::string_view rawValue(AppInfo::Component component);
 std::optional<AppInfo::Component> componentFromRawValue(std::string_view raw);
+
+} // namespace lexmira

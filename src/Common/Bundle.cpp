@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+namespace lexmira {
+
 Bundle::Bundle(QString directory)
     : directory_(std::move(directory))
 {
@@ -57,3 +59,5 @@ std::optional<QString> Bundle::pathForResource(const QString& name, const QStrin
         return std::nullopt;
     return path;
 }
+
+} // namespace lexmira

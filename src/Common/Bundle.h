@@ -9,6 +9,8 @@
 
 #include <optional>
 
+namespace lexmira {
+
 // The application bundle: a directory holding Info.json, the resources and the artwork.
 class Bundle {
 public:
@@ -32,3 +34,5 @@ private:
 
     QString directory_;
 };
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "Common/ClientInfo.h"
 
+namespace lexmira {
+
 void to_json(nlohmann::json& json, const ClientInfo& info)
 {
     json = nlohmann::ordered_json{{"clientType", info.clientType},
@@ -16,3 +18,5 @@ void from_json(const nlohmann::json& json, ClientInfo& info)
     info.clientVersion = json.at("clientVersion").get<std::string>();
     info.norvClientType = json.at("norvClientType").get<std::string>();
 }
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 // How this client introduces itself to the services. Decoded from the bundle's clientInfo.json.
 struct ClientInfo {
     std::string clientType;
@@ -20,3 +22,5 @@ struct ClientInfo {
 void to_json(nlohmann::json& json, const ClientInfo& info);
 // Throws nlohmann::json::exception when a key is missing or not a string; extra keys are ignored.
 void from_json(const nlohmann::json& json, ClientInfo& info);
+
+} // namespace lexmira

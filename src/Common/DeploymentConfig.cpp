@@ -9,6 +9,8 @@
 
 #include <QFile>
 
+namespace lexmira {
+
 namespace {
 
 std::string setting(const nlohmann::json& file, const char* key,
@@ -61,3 +63,5 @@ DeploymentConfig DeploymentConfig::load(const Bundle& bundle,
         return std::move(*config);
     fatalError(error);
 }
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 // Where the services of this deployment are: the bundle's services.json, each value replaceable
 // from the environment (LEXMIRA_ACCOUNT_HOST, LEXMIRA_ANALYTICS_URL, LEXMIRA_LOG_HOST,
 // LEXMIRA_WEB_ORIGIN) for tests and staging.
@@ -30,3 +32,5 @@ struct DeploymentConfig {
                                                 const QProcessEnvironment& environment,
                                                 std::string& error);
 };
+
+} // namespace lexmira

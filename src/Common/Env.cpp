@@ -26,6 +26,8 @@
 
 #include <QUuid>
 
+namespace lexmira {
+
 namespace {
 
 QString requireBundleIdentifier(const Bundle& bundle)
@@ -148,3 +150,5 @@ Env& env()
     static NoDestructor<Env> instance{Bundle(mainBundleDirectory())};
     return instance.get();
 }
+
+} // namespace lexmira

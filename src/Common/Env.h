@@ -9,6 +9,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 class AlertPresenter;
 class Appearance;
 class ExtensionPreferences;
@@ -70,3 +72,5 @@ private:
 // The one environment, built from the main bundle on first use (thread-safe) and never torn
 // down. A bundle without complete identity stops the process here.
 Env& env();
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <QFile>
 
+namespace lexmira {
+
 ClientInfo loadClientInfo(const Bundle& bundle)
 {
     const auto path = bundle.pathForResource(QStringLiteral("clientInfo"), QStringLiteral("json"));
@@ -30,3 +32,5 @@ EnvCommon::EnvCommon(const Bundle& bundle, std::shared_ptr<SharedSuite> sharedSu
     , clientInfo(loadClientInfo(bundle))
 {
 }
+
+} // namespace lexmira

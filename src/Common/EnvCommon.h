@@ -12,6 +12,8 @@
 #include <memory>
 #include <string_view>
 
+namespace lexmira {
+
 // Values the extension uses too; sharing them is what makes the state shared.
 inline constexpr std::string_view keychainService = "com.lexmira.safari.extension";
 inline constexpr std::string_view appGroupSuiteName =
@@ -39,3 +41,5 @@ public:
     const ClientInfo clientInfo;
     const EnvType envType = EnvType::prod;
 };
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "Common/EnvType.h"
 
+namespace lexmira {
+
 std::string_view rawValue(EnvType type)
 {
     switch (type) {
@@ -26,3 +28,5 @@ bool forcesTestEvents(EnvType type)
 {
     return rawValue(type) != rawValue(EnvType::prod);
 }
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+namespace lexmira {
+
 enum class EnvType { dev, prod };
 
 std::string_view rawValue(EnvType type);
@@ -16,3 +18,5 @@ std::optional<EnvType> envTypeFromRawValue(std::string_view raw);
 // Whether events sent from this environment are marked as test events: everywhere but
 // production (compared by raw value).
 bool forcesTestEvents(EnvType type);
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <charconv>
 
+namespace lexmira {
+
 namespace {
 
 std::optional<quint16> parsePort(std::string_view text)
@@ -42,3 +44,5 @@ ServiceHost ServiceHost::parse(std::string_view text)
     }
     return {std::string(text), std::nullopt};
 }
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+namespace lexmira {
+
 // Where a service is reached: a host name and, only when a deployment names one, a port.
 struct ServiceHost {
     std::string host;
@@ -20,3 +22,5 @@ struct ServiceHost {
 
     bool operator==(const ServiceHost&) const = default;
 };
+
+} // namespace lexmira

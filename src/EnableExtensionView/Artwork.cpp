@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QIcon>
 
+namespace lexmira {
+
 Artwork::Artwork(QString directory)
     : directory_(std::move(directory))
 {
@@ -32,3 +34,5 @@ Artwork::Animation Artwork::animation(const QString& name, qreal devicePixelRati
     const QString path = directory.filePath(name + QStringLiteral(".gif"));
     return {QFileInfo(path).isFile() ? path : QString(), 1};
 }
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 #include <QPixmap>
 #include <QString>
 
+namespace lexmira {
+
 // Images of the bundle's artwork, by name ("LexmiraMark" is LexmiraMark.png, with its @2x
 // variant used on high-density screens).
 class Artwork {
@@ -28,3 +30,5 @@ public:
 private:
     QString directory_;
 };
+
+} // namespace lexmira

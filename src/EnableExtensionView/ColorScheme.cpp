@@ -3,6 +3,8 @@
 
 #include "EnableExtensionView/ColorScheme.h"
 
+namespace lexmira {
+
 QColor colorFromRgb(std::uint32_t rgb, double alpha)
 {
     return QColor::fromRgbF(float(((rgb >> 16) & 0xFF) / 255.0), float(((rgb >> 8) & 0xFF) / 255.0),
@@ -50,3 +52,5 @@ QPalette ColorScheme::darkPalette()
     palette.setColor(QPalette::Disabled, QPalette::Highlight, colorFromRgb(0x3A3B44, 1.0));
     return palette;
 }
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 
 #include <cstdint>
 
+namespace lexmira {
+
 // Colours and image names of one appearance of the enable-extension view.
 struct ColorScheme {
     QColor panel;
@@ -33,3 +35,5 @@ struct ColorScheme {
 
 // A colour from a 24-bit 0xRRGGBB value and an alpha, each channel divided by 255.0.
 QColor colorFromRgb(std::uint32_t rgb, double alpha);
+
+} // namespace lexmira

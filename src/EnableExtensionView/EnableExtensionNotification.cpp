@@ -12,17 +12,19 @@
 #include <QPointer>
 #include <QTimer>
 
+namespace lexmira {
+
 namespace {
 
 // The reminder's texts in English, translated when it is shown.
 //: The reminder notification's title.
-const char* const reminderTitle = QT_TRANSLATE_NOOP("EnableExtensionNotification", "Lexmira is disabled");
+const char* const reminderTitle = QT_TRANSLATE_NOOP("lexmira::EnableExtensionNotification", "Lexmira is disabled");
 //: The reminder notification's text. "Open" is its button; "Safari" is replaced by the name of the
 //: browser the extension runs in, so keep the word "Safari" where that name goes.
 const char* const reminderText =
-    QT_TRANSLATE_NOOP("EnableExtensionNotification", "Click Open to enable it in Safari settings");
+    QT_TRANSLATE_NOOP("lexmira::EnableExtensionNotification", "Click Open to enable it in Safari settings");
 //: The reminder notification's button: it opens the extension's settings.
-const char* const reminderAction = QT_TRANSLATE_NOOP("EnableExtensionNotification", "Open");
+const char* const reminderAction = QT_TRANSLATE_NOOP("lexmira::EnableExtensionNotification", "Open");
 
 } // namespace
 
@@ -67,3 +69,5 @@ void EnableExtensionNotification::remind()
         });
     });
 }
+
+} // namespace lexmira

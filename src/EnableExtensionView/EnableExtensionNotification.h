@@ -8,6 +8,8 @@
 
 #include <chrono>
 
+namespace lexmira {
+
 class ExtensionBridge;
 class ExtensionPreferences;
 class UserNotifications;
@@ -36,3 +38,5 @@ private:
     UserNotifications& notifications_;
     ExtensionPreferences& extensionPreferences_;
 };
+
+} // namespace lexmira

@@ -20,6 +20,8 @@
 #include <QMovie>
 #include <QTimer>
 
+namespace lexmira {
+
 namespace {
 
 // Plays its movie only while it can be seen: from when it is shown on screen until it is hidden,
@@ -64,40 +66,40 @@ private:
 // The panels' texts, exactly as the product writes them in English; each is translated where it
 // is shown. Translations must fit the same boxes: the layout does not grow with them.
 //: The enabled panel's title. The trailing blank keeps the check mark that follows at its place.
-const char* const enabledTitle = QT_TRANSLATE_NOOP("EnableExtensionView", "You’re all set! ");
+const char* const enabledTitle = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "You’re all set! ");
 //: The enabled panel's text, two lines. "Safari" stands for the browser the extension runs in and
 //: is replaced by its name ("Chromium", "Firefox", ...); keep the word "Safari" where that name goes.
 const char* const enabledBodyText = QT_TRANSLATE_NOOP(
-    "EnableExtensionView", "If you don’t see Lexmira in your \nSafari toolbar, try restarting Safari.");
+    "lexmira::EnableExtensionView", "If you don’t see Lexmira in your \nSafari toolbar, try restarting Safari.");
 //: The enabled panel's button, 96 pixels wide: it hands the user over to the browser.
-const char* const openSafariTitle = QT_TRANSLATE_NOOP("EnableExtensionView", "Ok, got it");
+const char* const openSafariTitle = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "Ok, got it");
 //: The numbers of the two steps, one per line, drawn in a column of their own.
-const char* const stepNumbers = QT_TRANSLATE_NOOP("EnableExtensionView", "1\n2");
+const char* const stepNumbers = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "1\n2");
 //: The full stops after the step numbers, one per line.
-const char* const stepDots = QT_TRANSLATE_NOOP("EnableExtensionView", ".\n.");
+const char* const stepDots = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", ".\n.");
 //: The two steps, one per line; the third line is continued by the next text. Each line must stay
 //: narrower than about 230 pixels in the 24-pixel bold font.
-const char* const steps = QT_TRANSLATE_NOOP("EnableExtensionView", "Open settings\nClick checkbox\n");
+const char* const steps = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "Open settings\nClick checkbox\n");
 //: The third line of the steps, below "Click checkbox" (the two line breaks skip the steps).
-const char* const stepsTail = QT_TRANSLATE_NOOP("EnableExtensionView", "\n\nto grant permission ");
+const char* const stepsTail = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "\n\nto grant permission ");
 //: What a screen reader reads for the steps: one sentence, in order.
 const char* const stepsSpoken =
-    QT_TRANSLATE_NOOP("EnableExtensionView", "1. Open settings. 2. Click checkbox to grant permission.");
+    QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "1. Open settings. 2. Click checkbox to grant permission.");
 //: The disabled panel's button, 244 pixels wide: it opens the browser's settings page for the
 //: extension.
 const char* const openSettingsTitle =
-    QT_TRANSLATE_NOOP("EnableExtensionView", "Open settings to enable Lexmira");
+    QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "Open settings to enable Lexmira");
 //: The settings button's title while the settings page is being opened.
-const char* const openingTitle = QT_TRANSLATE_NOOP("EnableExtensionView", "Opening...");
+const char* const openingTitle = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "Opening...");
 //: An alert's title. "Safari" is replaced by the name of the browser the extension runs in.
-const char* const openSafariFailure = QT_TRANSLATE_NOOP("EnableExtensionView", "Could not open Safari");
+const char* const openSafariFailure = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "Could not open Safari");
 //: The one button of an alert.
-const char* const okTitle = QT_TRANSLATE_NOOP("EnableExtensionView", "OK");
+const char* const okTitle = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "OK");
 //: Spoken names of the panels' images.
-const char* const markName = QT_TRANSLATE_NOOP("EnableExtensionView", "Lexmira");
-const char* const doneName = QT_TRANSLATE_NOOP("EnableExtensionView", "Done");
-const char* const warningName = QT_TRANSLATE_NOOP("EnableExtensionView", "Warning");
-const char* const animationName = QT_TRANSLATE_NOOP("EnableExtensionView", "How to enable Lexmira");
+const char* const markName = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "Lexmira");
+const char* const doneName = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "Done");
+const char* const warningName = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "Warning");
+const char* const animationName = QT_TRANSLATE_NOOP("lexmira::EnableExtensionView", "How to enable Lexmira");
 constexpr auto openSafariLogPrefix = "Could not open Safari: ";
 constexpr auto stateLogPrefix = "Could not get extension state: ";
 constexpr auto stateNilResult = "Could not get extension state: nil result";
@@ -410,3 +412,5 @@ void EnableExtensionView::setSettingsButtonBusy(FlatButton& button, const ColorS
     else
         button.setLook(tr(openSettingsTitle), scheme.button, scheme.disableButtonBorder, 0);
 }
+
+} // namespace lexmira

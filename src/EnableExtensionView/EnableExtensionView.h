@@ -19,6 +19,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 class AlertPresenter;
 class Appearance;
 class ExtensionBridge;
@@ -108,3 +110,5 @@ private:
     std::optional<ColorScheme> colorScheme_;
     QString browserName_;
 };
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "EnableExtensionView/EnableExtensionViewController.h"
 
+namespace lexmira {
+
 EnableExtensionViewController::EnableExtensionViewController(
     EnableExtensionView::Dependencies dependencies, QObject* parent)
     : QObject(parent)
@@ -16,3 +18,5 @@ EnableExtensionViewController::~EnableExtensionViewController()
     if (view_ && !view_->parent())
         delete view_;
 }
+
+} // namespace lexmira

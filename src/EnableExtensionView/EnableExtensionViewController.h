@@ -8,6 +8,8 @@
 #include <QObject>
 #include <QPointer>
 
+namespace lexmira {
+
 // Hosts the enable-extension view. The view is handed to a window, which owns it from then on.
 class EnableExtensionViewController final : public QObject {
     Q_OBJECT
@@ -22,3 +24,5 @@ public:
 private:
     QPointer<EnableExtensionView> view_;
 };
+
+} // namespace lexmira

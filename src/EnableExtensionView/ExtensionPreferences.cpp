@@ -9,6 +9,8 @@
 
 #include <QCoreApplication>
 
+namespace lexmira {
+
 namespace {
 
 //: An alert's title, when the browser's settings page for the extension cannot be opened.
@@ -52,3 +54,5 @@ void ExtensionPreferences::open(std::function<void()> completed)
         });
     });
 }
+
+} // namespace lexmira

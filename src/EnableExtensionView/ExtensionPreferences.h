@@ -9,6 +9,8 @@
 
 #include <functional>
 
+namespace lexmira {
+
 class AlertPresenter;
 class ExtensionBridge;
 
@@ -30,3 +32,5 @@ private:
     AlertPresenter& alerts_;
     Skrivo skrivo_;
 };
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 #include <QPainter>
 #include <QPainterPath>
 
+namespace lexmira {
+
 namespace {
 
 // What assistive technologies see of a FlatButton: a push button named by its title that can
@@ -64,7 +66,7 @@ private:
 
 QAccessibleInterface* accessibleFlatButton(const QString& className, QObject* object)
 {
-    if (className == QLatin1String("FlatButton"))
+    if (className == QLatin1String(FlatButton::staticMetaObject.className()))
         if (auto* button = qobject_cast<FlatButton*>(object))
             return new FlatButtonAccessible(button);
     return nullptr;
@@ -191,3 +193,5 @@ void FlatButton::setFocusRing(bool shown)
     focusRing_ = shown;
     update();
 }
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <QPushButton>
 
+namespace lexmira {
+
 // The view's button: a filled rounded rectangle with a white title and a faint shadow below.
 // Reached with Tab, it shows a ring inside its edge; Space, Return and Enter press it. Screen
 // readers read it as a push button named by its title, busy while setBusy(true) holds.
@@ -50,3 +52,5 @@ private:
     bool busy_ = false;
     bool focusRing_ = false;
 };
+
+} // namespace lexmira

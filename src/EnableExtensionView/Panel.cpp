@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+namespace lexmira {
+
 namespace {
 
 // A panel as assistive technologies see it: its child widgets in creation order, less those
@@ -52,7 +54,7 @@ private:
 
 QAccessibleInterface* accessiblePanel(const QString& className, QObject* object)
 {
-    if (className == QLatin1String("Panel"))
+    if (className == QLatin1String(Panel::staticMetaObject.className()))
         if (auto* panel = qobject_cast<Panel*>(object))
             return new PanelAccessible(panel);
     return nullptr;
@@ -83,3 +85,5 @@ bool Panel::isDrawnOnly(const QWidget* child) const
     return std::any_of(drawnOnly_.begin(), drawnOnly_.end(),
                        [child](const QPointer<QWidget>& drawn) { return drawn == child; });
 }
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 #include <QPointer>
 #include <QWidget>
 
+namespace lexmira {
+
 // One panel of the view: a background of one colour and the widgets on it. Some of those may be
 // drawn for the eye only, pieces of a text that another widget speaks whole; assistive
 // technologies do not see them among the panel's children. Main thread only.
@@ -23,3 +25,5 @@ public:
 private:
     QList<QPointer<QWidget>> drawnOnly_;
 };
+
+} // namespace lexmira

@@ -10,6 +10,8 @@
 
 #include <cmath>
 
+namespace lexmira {
+
 TextView::TextView(const QString& text, const QFont& font, const QColor& color, qreal lineSpacing,
                    Qt::Alignment alignment, QWidget* parent)
     : QLabel(text, parent)
@@ -57,3 +59,5 @@ void TextView::paintEvent(QPaintEvent*)
     context.palette.setColor(QPalette::Text, color_);
     document_.documentLayout()->draw(&painter, context);
 }
+
+} // namespace lexmira

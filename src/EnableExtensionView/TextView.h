@@ -6,6 +6,8 @@
 #include <QLabel>
 #include <QTextDocument>
 
+namespace lexmira {
+
 // Non-editable text on a clear background, sized to its text, with extra space between lines.
 // Like a text container, it pads every line by a few pixels left and right; the layout of the
 // panels counts on that padding. It stays a label for accessibility, so screen readers read it
@@ -30,3 +32,5 @@ private:
     QTextDocument document_;
     QColor color_;
 };
+
+} // namespace lexmira

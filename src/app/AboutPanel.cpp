@@ -10,6 +10,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+namespace lexmira {
+
 AboutPanel::AboutPanel(QWidget* parent)
     : QDialog(parent)
 {
@@ -43,3 +45,5 @@ AboutPanel::AboutPanel(QWidget* parent)
     layout->addWidget(versionLabel);
     layout->setSizeConstraint(QLayout::SetFixedSize);
 }
+
+} // namespace lexmira

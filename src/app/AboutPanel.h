@@ -5,6 +5,8 @@
 
 #include <QDialog>
 
+namespace lexmira {
+
 // The standard About panel: the application's icon, name and version, read from the bundle.
 class AboutPanel final : public QDialog {
     Q_OBJECT
@@ -12,3 +14,5 @@ class AboutPanel final : public QDialog {
 public:
     explicit AboutPanel(QWidget* parent = nullptr);
 };
+
+} // namespace lexmira

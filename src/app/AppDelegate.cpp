@@ -19,6 +19,8 @@
 
 #include <QApplication>
 
+namespace lexmira {
+
 namespace {
 
 // Keeps the window manager's full-screen entry out of the menus.
@@ -98,3 +100,5 @@ bool AppDelegate::applicationShouldHandleReopen(bool hasVisibleWindows)
         mainWindowController_->showWindow(this);
     return true;
 }
+
+} // namespace lexmira

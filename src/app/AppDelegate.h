@@ -9,6 +9,8 @@
 
 #include <memory>
 
+namespace lexmira {
+
 class EnableExtensionNotification;
 class EnableExtensionViewController;
 class MainWindowController;
@@ -45,3 +47,5 @@ private:
     std::unique_ptr<MainWindowController> mainWindowController_;
     std::unique_ptr<EnableExtensionNotification> enableExtensionNotification_;
 };
+
+} // namespace lexmira

@@ -15,6 +15,8 @@
 
 #include <algorithm>
 
+namespace lexmira {
+
 Application::Application(int& argc, char** argv)
     : QApplication(argc, argv)
 {
@@ -211,3 +213,5 @@ void Application::arrangeInFront()
         if (window->isWindow() && window->isVisible() && !qobject_cast<QMenu*>(window))
             window->raise();
 }
+
+} // namespace lexmira

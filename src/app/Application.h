@@ -17,6 +17,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 // The application object: owns the main menu and the delegate, drives the launch sequence, keeps
 // the Windows menu's list of windows and routes URLs to the get-URL handler. Main thread only.
 class Application final : public QApplication {
@@ -92,3 +94,5 @@ private:
     QStringList pendingUrls_;
     bool deliveryScheduled_ = false;
 };
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #pragma once
 
+namespace lexmira {
+
 // What the application asks of its delegate while it starts and when it is reopened. Main
 // thread only.
 class ApplicationDelegate {
@@ -15,3 +17,5 @@ public:
     // handled.
     virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
 };
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 #include <QCommandLineParser>
 #include <QRegularExpression>
 
+namespace lexmira {
+
 CommandLine CommandLine::parse(const QStringList& arguments, const QString& version)
 {
     QCommandLineParser parser;
@@ -91,3 +93,5 @@ CommandLine CommandLine::parse(const QStringList& arguments, const QString& vers
         result.url = positional.first();
     return result;
 }
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 
 #include <optional>
 
+namespace lexmira {
+
 // What the process was asked to do on its command line.
 struct CommandLine {
     enum class Action { run, showHelp, showVersion, doctor, fail };
@@ -23,3 +25,5 @@ struct CommandLine {
     // arguments[0] is the program name.
     static CommandLine parse(const QStringList& arguments, const QString& version);
 };
+
+} // namespace lexmira

@@ -10,6 +10,8 @@
 
 #include <utility>
 
+namespace lexmira {
+
 namespace {
 
 std::optional<QUrl> serviceUrl(const ServiceHost& host)
@@ -82,3 +84,5 @@ Diagnosis Doctor::examine() const
           serviceUrl(deployment->logHost));
     return diagnosis;
 }
+
+} // namespace lexmira

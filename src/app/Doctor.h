@@ -11,6 +11,8 @@
 #include <QProcessEnvironment>
 #include <QString>
 
+namespace lexmira {
+
 // Examines everything the companion depends on, in the order it needs them: the session bus,
 // the shared suite, the Secret Service, the extension's side, the settings portal, the
 // notification server and each service of the deployment. Needs a QCoreApplication, nothing
@@ -29,3 +31,5 @@ private:
     QProcessEnvironment environment_;
     QString companionName_;
 };
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 #include <QKeySequence>
 #include <QMenu>
 
+namespace lexmira {
+
 MainMenu::MainMenu(const QString& appName)
     : applicationMenu_(addMenu(appName))
     , fileMenu_(addMenu(tr("File")))
@@ -51,3 +53,5 @@ void MainMenu::open()
 {
     AppDelegate::shared().mainWindowController().showWindow(this);
 }
+
+} // namespace lexmira

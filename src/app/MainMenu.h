@@ -7,6 +7,8 @@
 
 class QMenu;
 
+namespace lexmira {
+
 // The menu bar: the application menu (About, Quit), File (Open…, Close) and Window (Minimize,
 // Bring All to Front, then the list of windows). Ctrl stands where the Mac has Command.
 class MainMenu final : public QMenuBar {
@@ -28,3 +30,5 @@ private:
     QMenu* fileMenu_;
     QMenu* windowMenu_;
 };
+
+} // namespace lexmira

@@ -16,6 +16,8 @@
 #include <QScreen>
 #include <QWindow>
 
+namespace lexmira {
+
 // When the window system shows the window and when it stops showing it; off unless
 // QT_LOGGING_RULES turns on "lexmira.window.info".
 Q_LOGGING_CATEGORY(lcWindow, "lexmira.window", QtWarningMsg)
@@ -77,3 +79,5 @@ void MainWindow::mousePressEvent(QMouseEvent* event)
     }
     QMainWindow::mousePressEvent(event);
 }
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace lexmira {
+
 class EnableExtensionViewController;
 
 // The one window: titled, closable, minimisable, never resizable; its content is the
@@ -29,3 +31,5 @@ private:
     std::unique_ptr<EnableExtensionViewController> content_;
     bool exposed_ = false;
 };
+
+} // namespace lexmira

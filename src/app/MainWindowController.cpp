@@ -6,6 +6,8 @@
 #include "app/Application.h"
 #include "app/MainWindow.h"
 
+namespace lexmira {
+
 MainWindowController::MainWindowController(QObject* parent)
     : QObject(parent)
 {
@@ -28,3 +30,5 @@ void MainWindowController::showWindow(QObject* sender)
     window_->activateWindow();
     Application::shared().addWindowsItem(window_.get(), window_->windowTitle());
 }
+
+} // namespace lexmira

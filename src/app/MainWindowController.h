@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace lexmira {
+
 class MainWindow;
 
 // Shows the main window and keeps it listed in the Windows menu. Owns the window.
@@ -27,3 +29,5 @@ public:
 private:
     std::unique_ptr<MainWindow> window_;
 };
+
+} // namespace lexmira

@@ -12,6 +12,8 @@
 
 #include <utility>
 
+namespace lexmira {
+
 namespace {
 
 QMessageBox::Icon iconOf(Alert::Style style)
@@ -86,3 +88,5 @@ void ModalAlertPresenter::record(const Alert& alert) const
     if (line && file.open(QIODevice::WriteOnly | QIODevice::Append))
         file.write(*line + '\n');
 }
+
+} // namespace lexmira

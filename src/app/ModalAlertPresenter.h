@@ -7,6 +7,8 @@
 
 #include <QString>
 
+namespace lexmira {
+
 // Shows each alert as an application-modal message box and waits for the user's answer. When
 // given a record file, it first appends the alert to it as one JSON line
 // {"messageText":…,"informativeText":…,"style":"critical"|"warning"|"informational","buttons":[…]},
@@ -26,3 +28,5 @@ private:
 
     QString recordFile_;
 };
+
+} // namespace lexmira

@@ -21,6 +21,8 @@
 
 #include <cstdio>
 
+namespace lexmira {
+
 namespace {
 
 const QString applicationId = QStringLiteral("com.lexmira.companion");
@@ -84,6 +86,10 @@ int runDoctor(int argc, char** argv, const Bundle& bundle, bool json)
 }
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 int main(int argc, char** argv)
 {

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace lexmira {
+
 namespace BrowserName {
 
 bool isUsable(const QString& name)
@@ -26,3 +28,5 @@ QString in(const QString& text, const QString& name)
 }
 
 } // namespace BrowserName
+
+} // namespace lexmira

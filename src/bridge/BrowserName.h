@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace lexmira {
+
 // The texts shown to the user name Safari, where the extension lives on the Mac. Here it lives
 // in whichever browser the user has, and its native side reports that browser's display name;
 // the texts name that browser instead, every other word unchanged.
@@ -25,3 +27,5 @@ QString in(const QString& text, const QString& name);
 bool isUsable(const QString& name);
 
 } // namespace BrowserName
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+namespace lexmira {
+
 namespace {
 
 constexpr std::string_view continueFailurePrefix = "Could not continue to extension: ";
@@ -45,3 +47,5 @@ void sendCompanionMessage(ExtensionBridge& bridge, const QString& extensionIdent
                                error->localizedDescription.toStdString());
         });
 }
+
+} // namespace lexmira

@@ -14,6 +14,8 @@
 #include <optional>
 #include <string_view>
 
+namespace lexmira {
+
 // The messages the application sends to the extension. The wire name of each is its case name.
 enum class CompanionMessage { oauthExchange, oauthOpenLoginTab, openSafari };
 
@@ -33,3 +35,5 @@ void sendCompanionMessage(ExtensionBridge& bridge, const QString& extensionIdent
                           const std::optional<nlohmann::ordered_json>& userInfo,
                           const Skrivo& skrivo, std::optional<CompanionLogger> logger,
                           std::function<void(std::optional<ExtensionError> error)> reaction);
+
+} // namespace lexmira

@@ -15,6 +15,8 @@
 
 #include <utility>
 
+namespace lexmira {
+
 OAuth::OAuth(bool shouldAutoOpenLoginTab, Skrivo skrivo, std::string extensionBundleIdentifier,
              ExtensionBridge& bridge, SharedData& sharedData, AlertPresenter& alerts)
     : shouldAutoOpenLoginTab(shouldAutoOpenLoginTab)
@@ -104,3 +106,5 @@ void OAuth::showFailureAlert(const QString& browserName)
                            Alert::Style::critical,
                            {translated(okTitle)}});
 }
+
+} // namespace lexmira

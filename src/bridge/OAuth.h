@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 class AlertPresenter;
 class ExtensionBridge;
 class SharedData;
@@ -54,3 +56,5 @@ private:
     // Completions that arrive after the object is gone find this expired and show nothing.
     std::shared_ptr<OAuth*> self_;
 };
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "bridge/OAuthExchangeMessage.h"
 
+namespace lexmira {
+
 void to_json(nlohmann::ordered_json& json, const OAuthExchangeMessage& message)
 {
     json = nlohmann::ordered_json{{"code", message.code}, {"codeChallenge", message.codeChallenge}};
@@ -13,3 +15,5 @@ void from_json(const nlohmann::ordered_json& json, OAuthExchangeMessage& message
     message.code = json.at("code").get<std::string>();
     message.codeChallenge = json.at("codeChallenge").get<std::string>();
 }
+
+} // namespace lexmira

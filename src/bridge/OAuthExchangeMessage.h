@@ -7,6 +7,8 @@
 
 #include <string>
 
+namespace lexmira {
+
 // The authorisation code and PKCE challenge handed to the extension after sign-in. The URL's
 // "code_challenge" is "codeChallenge" here, in the message and in the stored record.
 struct OAuthExchangeMessage {
@@ -20,3 +22,5 @@ struct OAuthExchangeMessage {
 void to_json(nlohmann::ordered_json& json, const OAuthExchangeMessage& message);
 // Both keys required, as strings; throws nlohmann::json::exception otherwise.
 void from_json(const nlohmann::ordered_json& json, OAuthExchangeMessage& message);
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <string>
 
+namespace lexmira {
+
 // What a valid sign-in callback URL carries. Both fields are always present; either may be
 // the empty string.
 struct OAuthResultUrlData {
@@ -13,3 +15,5 @@ struct OAuthResultUrlData {
 
     bool operator==(const OAuthResultUrlData&) const = default;
 };
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 
+namespace lexmira {
+
 namespace {
 
 const QString callbackScheme = QStringLiteral("lexmira.extension");
@@ -123,3 +125,5 @@ std::optional<OAuthResultUrlData> parse(const std::optional<QString>& url)
 }
 
 } // namespace OAuthUtils
+
+} // namespace lexmira

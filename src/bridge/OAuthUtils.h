@@ -9,6 +9,8 @@
 
 #include <optional>
 
+namespace lexmira {
+
 namespace OAuthUtils {
 
 // The code and challenge of a sign-in callback URL:
@@ -21,3 +23,5 @@ namespace OAuthUtils {
 std::optional<OAuthResultUrlData> parse(const std::optional<QString>& url);
 
 } // namespace OAuthUtils
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+namespace lexmira {
+
 namespace {
 
 const char* const context = "Diagnosis";
@@ -165,3 +167,5 @@ QByteArray Diagnosis::json() const
                document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace)) +
            '\n';
 }
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 
 #include <vector>
 
+namespace lexmira {
+
 // How one thing that the application depends on was found.
 enum class Verdict { ok, warning, fail };
 
@@ -47,3 +49,5 @@ public:
 private:
     std::vector<Check> checks_;
 };
+
+} // namespace lexmira

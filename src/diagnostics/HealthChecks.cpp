@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 
+namespace lexmira {
+
 namespace {
 
 const char* const context = "HealthChecks";
@@ -341,3 +343,5 @@ Check unreadableServices(const QString& error)
 }
 
 } // namespace HealthChecks
+
+} // namespace lexmira

@@ -13,6 +13,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 // Judges what SystemHealth found: one check per thing the application relies on, each with a
 // verdict and, when it is not ok, what to do. Texts are translated in the context
 // "HealthChecks".
@@ -38,3 +40,5 @@ std::vector<Check> service(Service which, const QString& configured, const std::
 Check unreadableServices(const QString& error);
 
 } // namespace HealthChecks
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 
 #include <QPointer>
 
+namespace lexmira {
+
 AsyncKeychain::AsyncKeychain(std::shared_ptr<KeychainItems> items)
     : keychain_(std::string(keychainService), std::string(keychainAccessGroup), std::move(items))
     , worker_(new QObject)
@@ -64,3 +66,5 @@ void AsyncKeychain::remove(const std::string& account, QObject* context, Complet
         return Result{keychain_.deleteStatus(account), {}};
     });
 }
+
+} // namespace lexmira

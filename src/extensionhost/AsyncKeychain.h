@@ -15,6 +15,8 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 // The product's keychain (the items the companion and the extension share), asked off the
 // caller's thread: the Secret Service answers synchronously and may take its time, and the
 // caller's event loop must not wait for it. One worker thread runs the calls in the order they
@@ -52,3 +54,5 @@ private:
     // Lives on thread_; the calls are queued to it.
     QObject* worker_;
 };
+
+} // namespace lexmira

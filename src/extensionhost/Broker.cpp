@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+namespace lexmira {
+
 // What the extension is asked and who connects; off unless QT_LOGGING_RULES turns on
 // "lexmira.broker.info".
 Q_LOGGING_CATEGORY(lcBroker, "lexmira.broker", QtWarningMsg)
@@ -162,3 +164,5 @@ void Broker::hostDetached(const QString& connection)
     hosts_.erase(existing);
     touch();
 }
+
+} // namespace lexmira

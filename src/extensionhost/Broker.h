@@ -13,6 +13,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 // The extension's native side as the companion sees it: enabled while a browser connection has
 // said hello, messages relayed to the most recent connection, the settings page opened in the
 // browser it was installed for. Says idle once no connection and no call has been seen for the
@@ -59,3 +61,5 @@ private:
     int dispatchesInFlight_ = 0;
     mutable QTimer idleTimer_;
 };
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 
 #include <optional>
 
+namespace lexmira {
+
 // What the broker needs to know of the browsers the host is installed for: their names and the
 // command that opens each one's settings page of the extension.
 class BrowserRegistry {
@@ -38,3 +40,5 @@ public:
         return browser == QLatin1String("firefox") ? Family::firefox : Family::chromium;
     }
 };
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <QStandardPaths>
 
+namespace lexmira {
+
 const std::vector<Browser>& Browsers::all()
 {
     static const std::vector<Browser> browsers{
@@ -80,3 +82,5 @@ QString Browsers::familyName(BrowserFamily family)
     return family == BrowserFamily::Firefox ? QStringLiteral("firefox")
                                             : QStringLiteral("chromium");
 }
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 // How a browser finds native messaging hosts and names the extensions it allows.
 enum class BrowserFamily { Chromium, Firefox };
 
@@ -39,3 +41,5 @@ public:
 
     static QString familyName(BrowserFamily family);
 };
+
+} // namespace lexmira

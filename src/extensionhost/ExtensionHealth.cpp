@@ -7,6 +7,8 @@
 #include <QDateTime>
 #include <QFile>
 
+namespace lexmira {
+
 namespace {
 
 const char* const context = "ExtensionHealth";
@@ -200,3 +202,5 @@ std::vector<Check> checks(const std::vector<Installation>& installations,
 }
 
 } // namespace ExtensionHealth
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 
 #include <vector>
 
+namespace lexmira {
+
 // Judges the extension's side: where the host is registered, whether the bus can start the
 // broker, which browsers are connected and whether the extension is enabled. Shared by the
 // companion's doctor and the host's status. Texts are translated in the context
@@ -19,3 +21,5 @@ std::vector<Check> checks(const std::vector<Installation>& installations,
                           const BrokerHealth& broker);
 
 } // namespace ExtensionHealth
+
+} // namespace lexmira

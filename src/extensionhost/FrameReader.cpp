@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace lexmira {
+
 namespace {
 
 constexpr qsizetype headerSize = sizeof(std::uint32_t);
@@ -68,3 +70,5 @@ QByteArray FrameReader::encode(const QByteArray& json)
     frame.append(json);
     return frame;
 }
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <optional>
 
+namespace lexmira {
+
 // Cuts the bytes a browser writes to a native-messaging host into frames: a 32-bit length in
 // native byte order, then that many bytes. Holds at most one unfinished frame: a length over the
 // limit fails the reader as soon as its four bytes are in, before any of the frame arrives.
@@ -35,3 +37,5 @@ private:
     qsizetype offset_ = 0;
     bool failed_ = false;
 };
+
+} // namespace lexmira

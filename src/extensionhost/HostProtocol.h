@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace lexmira {
+
 // The native-messaging conversation between the extension and this host, and the bounds it keeps
 // on what the browser side may ask for.
 namespace HostProtocol {
@@ -32,3 +34,5 @@ inline constexpr std::size_t maxKeyBytes = 80;
 inline constexpr std::size_t maxAccountBytes = 1024;
 
 } // namespace HostProtocol
+
+} // namespace lexmira

@@ -13,6 +13,8 @@
 
 #include <limits>
 
+namespace lexmira {
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -437,3 +439,5 @@ void HostSession::finish(const QString& reason)
         services_.broker->detach();
     Q_EMIT finished(reason);
 }
+
+} // namespace lexmira

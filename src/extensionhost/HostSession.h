@@ -17,8 +17,11 @@
 #include <optional>
 #include <set>
 
-class AsyncKeychain;
 class QTimer;
+
+namespace lexmira {
+
+class AsyncKeychain;
 class SharedSuite;
 class SharedSuiteObserver;
 
@@ -99,3 +102,5 @@ private:
     std::size_t keychainRequests_ = 0;
     std::map<QString, std::shared_ptr<SharedSuiteObserver>> observers_;
 };
+
+} // namespace lexmira

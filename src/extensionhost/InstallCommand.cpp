@@ -10,6 +10,8 @@
 #include <QDateTime>
 #include <QFile>
 
+namespace lexmira {
+
 namespace {
 
 const QString kInstall = QStringLiteral("install");
@@ -345,3 +347,5 @@ int runInstallCommand(const QStringList& arguments, const Installations& install
     out.flush();
     return kExitOk;
 }
+
+} // namespace lexmira

@@ -14,6 +14,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 // What status finds of the broker on the session bus; asked once per status.
 using BrokerQuery = std::function<BrokerHealth()>;
 
@@ -34,3 +36,5 @@ int runInstallCommand(const QStringList& arguments, const Installations& install
 
 // The overview of all subcommands, for lexmira-extension-host --help.
 QString extensionHostUsage();
+
+} // namespace lexmira

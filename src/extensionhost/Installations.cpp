@@ -15,6 +15,8 @@
 #include <algorithm>
 #include <string>
 
+namespace lexmira {
+
 namespace {
 
 const QString kRecordsDirName = QStringLiteral("lexmira-extension-host");
@@ -331,3 +333,5 @@ bool Installations::writeRecords(const std::vector<Installation>& records, QStri
     return writeAtomically(recordsPath(),
                            QByteArray::fromStdString(array.dump(kManifestIndent) + '\n'), error);
 }
+
+} // namespace lexmira

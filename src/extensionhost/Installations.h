@@ -13,6 +13,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 // One registration of the host with one browser profile.
 struct Installation {
     QString browser;       // a key of Browsers: "chromium", "firefox", ...
@@ -98,3 +100,5 @@ private:
     QString home_;
     Clock clock_;
 };
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include "extensionhost/Browsers.h"
 
+namespace lexmira {
+
 namespace {
 
 std::optional<BrowserRegistry::Browser> browserOf(const std::optional<Installation>& installation)
@@ -37,3 +39,5 @@ std::optional<BrowserRegistry::Browser> InstalledBrowsers::mostRecent() const
 {
     return browserOf(installations_.mostRecent());
 }
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 #include "extensionhost/BrowserRegistry.h"
 #include "extensionhost/Installations.h"
 
+namespace lexmira {
+
 // The browsers the host was installed for, as the broker and the host look them up. Reads the
 // records afresh on every call, so an installation made while the broker runs is seen.
 class InstalledBrowsers final : public BrowserRegistry {
@@ -18,3 +20,5 @@ public:
 private:
     Installations installations_;
 };
+
+} // namespace lexmira

@@ -12,6 +12,8 @@
 #include <poll.h>
 #include <unistd.h>
 
+namespace lexmira {
+
 namespace {
 
 void makeNonBlocking(int fd)
@@ -119,3 +121,5 @@ void NativeHost::flush(int timeoutMs)
             unwritten_.remove(0, written);
     }
 }
+
+} // namespace lexmira

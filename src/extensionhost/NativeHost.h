@@ -9,6 +9,8 @@
 #include <QObject>
 #include <QSocketNotifier>
 
+namespace lexmira {
+
 class HostSession;
 
 // The pipes a browser gives its native-messaging host: frames read from input go to the session,
@@ -38,3 +40,5 @@ private:
     QSocketNotifier outputNotifier_;
     QByteArray unwritten_;
 };
+
+} // namespace lexmira

@@ -24,6 +24,8 @@
 
 #include <unistd.h>
 
+namespace lexmira {
+
 namespace {
 
 const QString serviceName = QStringLiteral("com.lexmira.companion.ext");
@@ -111,6 +113,10 @@ int runHost(const Origin& origin, const BrowserRegistry& registry)
 }
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 int main(int argc, char* argv[])
 {

@@ -3,6 +3,8 @@
 
 #include "logging/CompanionLogger.h"
 
+namespace lexmira {
+
 std::string_view rawValue(CompanionLogger logger)
 {
     switch (logger) {
@@ -26,3 +28,5 @@ std::optional<CompanionLogger> companionLoggerFromRawValue(std::string_view raw)
             return logger;
     return std::nullopt;
 }
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string_view>
 
+namespace lexmira {
+
 // The application's sources of remote log messages.
 enum class CompanionLogger {
     oauthHandleUrl,         // the sign-in hand-off could not reach the extension
@@ -17,3 +19,5 @@ enum class CompanionLogger {
 // "oauth.handleUrl", "getExtensionState", "openSafari", "openExtensionsSettings".
 std::string_view rawValue(CompanionLogger logger);
 std::optional<CompanionLogger> companionLoggerFromRawValue(std::string_view raw);
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "logging/LogLevel.h"
 
+namespace lexmira {
+
 std::string_view rawValue(LogLevel level)
 {
     switch (level) {
@@ -23,3 +25,5 @@ std::optional<LogLevel> logLevelFromRawValue(std::string_view raw)
             return level;
     return std::nullopt;
 }
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "logging/LogMessage.h"
 
+namespace lexmira {
+
 void to_json(nlohmann::ordered_json& json, const LogMessage& message)
 {
     json = nlohmann::ordered_json::object();
@@ -19,3 +21,5 @@ void to_json(nlohmann::ordered_json& json, const LogMessage& message)
     if (message.message)
         json["message"] = *message.message;
 }
+
+} // namespace lexmira

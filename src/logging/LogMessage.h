@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 // The body of one remote log request.
 struct LogMessage {
     std::string application;
@@ -28,3 +30,5 @@ struct LogMessage {
 
 // Keys in field order; an optional field that is none is left out, never written as null.
 void to_json(nlohmann::ordered_json& json, const LogMessage& message);
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <chrono>
 
+namespace lexmira {
+
 namespace {
 
 constexpr auto application = "extensionSafari";
@@ -125,3 +127,5 @@ LogMessage Skrivo::makeMessage(CompanionLogger logger, LogLevel level,
     result.message = std::move(message);
     return result;
 }
+
+} // namespace lexmira

@@ -19,13 +19,15 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 // The remote log client: one fire-and-forget HTTPS POST per message. Nothing is queued, retried
 // or reported to the caller; the client's own troubles go to the system log. An immutable value:
 // copies share the transport, the system log and the user-info provider and behave identically.
 class Skrivo {
 public:
-    using LogLevel = ::LogLevel;
-    using LogMessage = ::LogMessage;
+    using LogLevel = lexmira::LogLevel;
+    using LogMessage = lexmira::LogMessage;
 
     // port is none in the shipped configuration: the service is reached on the scheme's port. A
     // deployment override may name another.
@@ -68,3 +70,5 @@ private:
     std::shared_ptr<HttpClient> httpClient_;
     std::shared_ptr<SystemLog> systemLog_;
 };
+
+} // namespace lexmira

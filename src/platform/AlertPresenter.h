@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace lexmira {
+
 // A modal alert: a message, an explanation, a style and its buttons.
 struct Alert {
     enum class Style { warning, informational, critical };
@@ -28,3 +30,5 @@ public:
     // see AlertQueue).
     virtual int runModal(const Alert& alert) = 0;
 };
+
+} // namespace lexmira

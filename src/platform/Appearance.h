@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace lexmira {
+
 // The desktop's light or dark appearance. Starts light, learns the desktop's setting
 // asynchronously, and follows it from then on. Main thread only.
 class Appearance : public QObject {
@@ -24,3 +26,5 @@ Q_SIGNALS:
     // differs from the light default). Emitted on the main thread.
     void changed();
 };
+
+} // namespace lexmira

@@ -14,6 +14,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 // One native-messaging host attached to the broker: a browser connection that said hello.
 struct HostPeer {
     QString connection;  // the host's unique bus name
@@ -62,3 +64,5 @@ public:
     static std::unique_ptr<BrokerBus> publish(const QString& serviceName, Handler& handler,
                                               QString& error);
 };
+
+} // namespace lexmira

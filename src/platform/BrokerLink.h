@@ -12,6 +12,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 // A native-messaging host's line to the broker on the session bus (which the bus starts when it
 // does not run). Main thread only.
 class BrokerLink {
@@ -46,3 +48,5 @@ public:
     // run or cannot be asked. Blocks for at most a few seconds: for command-line use only.
     static std::optional<std::vector<HostPeer>> connectedHosts(const QString& serviceName);
 };
+
+} // namespace lexmira

@@ -12,6 +12,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 // Why a call to the extension failed, as its side (or the bus) described it.
 struct ExtensionError {
     QString name;                 // e.g. "org.freedesktop.DBus.Error.ServiceUnknown"
@@ -56,3 +58,5 @@ public:
     static std::unique_ptr<ExtensionBridge>
     create(std::chrono::milliseconds timeout = defaultTimeout);
 };
+
+} // namespace lexmira

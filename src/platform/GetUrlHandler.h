@@ -7,6 +7,8 @@
 
 #include <optional>
 
+namespace lexmira {
+
 // Receives the URLs the application is asked to open (a sign-in callback, for instance).
 // Called on the main thread, once per URL, in the order they arrived.
 class GetUrlHandler {
@@ -15,3 +17,5 @@ public:
     // url is none when the request carried no URL text.
     virtual void handleGetURL(const std::optional<QString>& url) = 0;
 };
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace lexmira {
+
 namespace {
 
 std::optional<QByteArray> fieldValue(const HttpHeaderFields& fields, const QByteArray& name)
@@ -48,3 +50,5 @@ QByteArray HttpClient::userAgentFor(const QString& applicationVersion)
         .arg(version, QString::fromLatin1(qVersion()))
         .toUtf8();
 }
+
+} // namespace lexmira

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+namespace lexmira {
+
 // Header fields in the order they are set or were received. Names keep their spelling.
 using HttpHeaderFields = std::vector<std::pair<QByteArray, QByteArray>>;
 
@@ -87,3 +89,5 @@ public:
     // "Lexmira Companion/<version> (Linux; Qt <version>)".
     static QByteArray userAgentFor(const QString& applicationVersion);
 };
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace lexmira {
+
 namespace {
 
 bool isSpace(char c)
@@ -63,3 +65,5 @@ std::vector<QByteArray> HttpCookieFields::split(const QByteArray& fieldValue)
     std::erase_if(cookies, [](const QByteArray& cookie) { return cookie.isEmpty(); });
     return cookies;
 }
+
+} // namespace lexmira

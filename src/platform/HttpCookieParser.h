@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace lexmira {
+
 // A cookie as a response set it: name and value exactly as sent, no unquoting, no decoding.
 struct HttpCookie {
     std::string name;
@@ -40,3 +42,5 @@ namespace HttpCookieFields {
 // starts a new name=value pair rather than continuing an Expires date.
 std::vector<QByteArray> split(const QByteArray& fieldValue);
 } // namespace HttpCookieFields
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 #include <map>
 #include <memory>
 
+namespace lexmira {
+
 // The system's store of secret items, asked through attribute queries: add an item, copy the
 // first matching one, delete every matching one. Each call blocks until the store has answered,
 // so it belongs off the main thread when the store may be slow. Thread-safe.
@@ -53,3 +55,5 @@ public:
     // The user's keychain.
     static std::unique_ptr<KeychainItems> create();
 };
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace lexmira {
+
 // What a launcher hands a launch so that the window the launch leads to may take the focus, and
 // so that the launcher's busy feedback for it ends: the XDG activation token (Wayland) and the
 // startup-notification id (X11). Either, or both, may be empty.
@@ -23,3 +25,5 @@ struct LaunchActivation {
     bool isEmpty() const { return activationToken.isEmpty() && startupId.isEmpty(); }
     bool operator==(const LaunchActivation&) const = default;
 };
+
+} // namespace lexmira

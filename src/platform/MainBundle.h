@@ -5,6 +5,10 @@
 
 #include <QString>
 
+namespace lexmira {
+
 // The directory of the application bundle: LEXMIRA_BUNDLE_DIR when set, otherwise
 // <directory of the executable>/../share/lexmira-companion.
 QString mainBundleDirectory();
+
+} // namespace lexmira

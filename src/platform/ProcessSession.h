@@ -3,6 +3,8 @@
 
 #pragma once
 
+namespace lexmira {
+
 // What the process's surroundings offer before any application object exists.
 
 // Whether a window could be shown at all: a display server is named, or a Qt platform was
@@ -13,3 +15,5 @@ bool displayAvailable();
 // URL a launch was given (which can carry a sign-in code) is not readable from outside for the
 // process's whole life. Call after everything that reads argv has copied what it needs.
 void hideCommandLineArguments(int argc, char** argv);
+
+} // namespace lexmira

@@ -10,6 +10,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 // Told when a key of a shared suite changes.
 class SharedSuiteObserver {
 public:
@@ -55,3 +57,5 @@ public:
     // open refuses.
     static QString location(const QString& suiteName);
 };
+
+} // namespace lexmira

@@ -12,6 +12,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 // Keeps the application to one instance per session. The first process becomes the instance;
 // a later launch hands its request (show the window, or open a URL) to it and exits.
 class SingleInstance : public QObject {
@@ -43,3 +45,5 @@ Q_SIGNALS:
     // Another launch with URLs, in order; launch brings the application to the front.
     void openRequested(const QStringList& uris, const LaunchActivation& launch);
 };
+
+} // namespace lexmira

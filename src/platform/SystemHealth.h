@@ -14,6 +14,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 // What the session bus looked like.
 struct BusHealth {
     std::optional<QString> error; // set when the bus cannot be reached
@@ -103,3 +105,5 @@ public:
 
     static std::unique_ptr<SystemHealth> create();
 };
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+namespace lexmira {
+
 // The system's log, for the application's own troubles.
 class SystemLog {
 public:
@@ -17,3 +19,5 @@ public:
 
     static std::unique_ptr<SystemLog> create();
 };
+
+} // namespace lexmira

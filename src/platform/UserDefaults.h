@@ -8,6 +8,8 @@
 
 #include <memory>
 
+namespace lexmira {
+
 // The application's own (not shared) settings. Values keep their type: a date stored as a
 // QDateTime reads back as a QDateTime. Thread-safe.
 class UserDefaults {
@@ -22,3 +24,5 @@ public:
     // The settings of the application with the given bundle identifier.
     static std::unique_ptr<UserDefaults> standard(const QString& bundleIdentifier);
 };
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 
 #include <memory>
 
+namespace lexmira {
+
 // A notification for the user, with one action.
 struct UserNotification {
     QString title;
@@ -35,3 +37,5 @@ Q_SIGNALS:
     // The user clicked a delivered notification or its action button. Emitted on the main thread.
     void activated();
 };
+
+} // namespace lexmira

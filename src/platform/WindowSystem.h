@@ -7,6 +7,8 @@
 
 class QWidget;
 
+namespace lexmira {
+
 // Whether the program places its own windows. Where it does not (Wayland), the compositor places
 // every new window and a move() does nothing.
 bool windowSystemPlacesWindows();
@@ -19,3 +21,5 @@ void bringWindowToFront(QWidget* window, const LaunchActivation& launch);
 // Ends the launcher's startup feedback for a launch that brings no window to the front. Main
 // thread only.
 void endLaunchFeedback(const LaunchActivation& launch);
+
+} // namespace lexmira

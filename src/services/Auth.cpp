@@ -7,6 +7,8 @@
 
 #include <chrono>
 
+namespace lexmira {
+
 namespace {
 
 constexpr auto requestTimeout = std::chrono::seconds(60);
@@ -165,3 +167,5 @@ void from_json(const nlohmann::ordered_json& json, Auth::User& user)
     user.containerId = optionalField<std::string>(json, "containerId");
     user.tokens = optionalField<Auth::Tokens>(json, "tokens");
 }
+
+} // namespace lexmira

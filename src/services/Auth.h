@@ -18,6 +18,8 @@
 #include <string_view>
 #include <vector>
 
+namespace lexmira {
+
 // The account service client: builds the request that asks who the user is and reads the answer.
 // Holds no session state: each call is given the tokens and container identifier to send and
 // hands back the ones to keep. Immutable, so usable from any thread.
@@ -102,3 +104,5 @@ void to_json(nlohmann::ordered_json& json, const Auth::User& user);
 // "id", "email", "groups", "name", "anonymous" and "isTest" are required with their types;
 // "containerId" and "tokens" may be absent or null. Throws nlohmann::json::exception otherwise.
 void from_json(const nlohmann::ordered_json& json, Auth::User& user);
+
+} // namespace lexmira

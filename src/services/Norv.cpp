@@ -3,6 +3,8 @@
 
 #include "services/Norv.h"
 
+namespace lexmira {
+
 Norv::Norv(std::unique_ptr<NorvClient> client, Props props, AppInfo::Component component)
     : client_(std::move(client))
     , props_(std::move(props))
@@ -65,3 +67,5 @@ std::string Norv::eventName(const nlohmann::ordered_json& props) const
     }
     return std::string(rawValue(component_)) + "/" + joined;
 }
+
+} // namespace lexmira

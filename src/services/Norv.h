@@ -15,6 +15,8 @@
 #include <string>
 #include <string_view>
 
+namespace lexmira {
+
 // The usage-event vocabulary: builds each event's props, names the event after them, hands it to
 // the analytics client and tells the listeners. Main thread only.
 class Norv {
@@ -69,3 +71,5 @@ private:
     Props props_;
     AppInfo::Component component_;
 };
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <utility>
 
+namespace lexmira {
+
 namespace {
 
 constexpr auto requestTimeout = std::chrono::seconds(60);
@@ -195,3 +197,5 @@ void NorvClient::enqueue(Event event)
     if (queue_.size() < std::size_t(maxQueueSize))
         queue_.push_back(std::move(event));
 }
+
+} // namespace lexmira

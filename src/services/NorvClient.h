@@ -20,6 +20,8 @@
 #include <string_view>
 #include <vector>
 
+namespace lexmira {
+
 // The analytics client. Holds the current user, queues events while no user is known, posts each
 // event as a batch of one with an increasing batch number, and sends a "ping" event once a day
 // at a random minute past 03:00 local time, remembering when the next one is due across launches.
@@ -129,3 +131,5 @@ private:
     bool forceIsTest_;
     bool isPingDisabled_;
 };
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <string>
 
+namespace lexmira {
+
 // Told about every usage event the tracker records. Register a QObject that also derives from
 // this; it is held weakly.
 class NorvListener {
@@ -17,3 +19,5 @@ public:
     virtual void norvDidRecordEvent(const std::string& name,
                                     const nlohmann::ordered_json& props) = 0;
 };
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 #include "util/FatalError.h"
 #include "util/FutureFunc.h"
 
+namespace lexmira {
+
 namespace {
 
 // The analytics endpoint: an https URL with a host.
@@ -96,3 +98,5 @@ void Tracker::userFetched(const Auth::User& user)
     norv_.client().setUserInfo(
         UserInfo{user.id, user.isTest, user.isAnonymous, user.containerId.value_or(std::string())});
 }
+
+} // namespace lexmira

@@ -16,6 +16,8 @@
 #include <memory>
 #include <string>
 
+namespace lexmira {
+
 // The application's usage tracker: records events through norv() and keeps the analytics
 // client's user in step with the user the extension shares. When none is shared it asks the
 // account service, and seeds the companion container identifier from the answer if none is
@@ -54,3 +56,5 @@ private:
     std::shared_ptr<Tracker*> self_;
     std::shared_ptr<Unsubscriber> userChangeUnsubscriber_;
 };
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "shared/Callback.h"
 
+namespace lexmira {
+
 Callback::Callback(std::function<void()> cb)
     : cb_(std::move(cb))
 {
@@ -12,3 +14,5 @@ void Callback::observeValue(const QString&)
 {
     cb_();
 }
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <functional>
 
+namespace lexmira {
+
 // The observer UserDefaultsContainer adds to the suite for one subscription: runs cb once per
 // notification, whatever the key.
 class Callback final : public SharedSuiteObserver {
@@ -18,3 +20,5 @@ public:
 private:
     std::function<void()> cb_;
 };
+
+} // namespace lexmira

@@ -13,6 +13,8 @@
 #include <optional>
 #include <utility>
 
+namespace lexmira {
+
 // One shared value of type V under one key, stored as the JSON text of a one-element array:
 // "abc" as ["abc"], true as [true], none as [null]. Nothing is cached: every read goes to the
 // container and decodes again.
@@ -78,3 +80,5 @@ private:
     QString key_;
     Value defaultValue_;
 };
+
+} // namespace lexmira

@@ -12,6 +12,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 // Raw bytes by key, with change observation: the storage behind the shared values.
 class DataContainer {
 public:
@@ -27,3 +29,5 @@ public:
     virtual std::shared_ptr<Unsubscriber> subscribe(const QString& key,
                                                     std::function<void()> callback) = 0;
 };
+
+} // namespace lexmira

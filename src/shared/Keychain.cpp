@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace lexmira {
+
 Keychain::Keychain(std::string service, std::string accessGroup,
                    std::shared_ptr<KeychainItems> items)
     : service_(std::move(service))
@@ -85,3 +87,5 @@ std::optional<QByteArray> Keychain::get(const std::string& account,
         return std::nullopt;
     return result;
 }
+
+} // namespace lexmira

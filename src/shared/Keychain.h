@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 // Generic-password items of one service in one access group, shared with the extension. Every
 // item is written and looked up as a synchronisable item; items of the same service without that
 // marker belong to someone else and are neither found nor deleted. Failures are false or none,
@@ -62,3 +64,5 @@ private:
     std::string accessGroup_;
     std::shared_ptr<KeychainItems> items_;
 };
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "shared/NoopDataContainer.h"
 
+namespace lexmira {
+
 std::optional<QByteArray> NoopDataContainer::get(const QString&) const
 {
     return std::nullopt;
@@ -14,3 +16,5 @@ std::shared_ptr<Unsubscriber> NoopDataContainer::subscribe(const QString&, std::
 {
     return std::make_shared<Unsubscriber>([] {});
 }
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include "shared/DataContainer.h"
 
+namespace lexmira {
+
 // Stands in when the shared suite cannot be opened: nothing is stored, every read is none, and
 // subscriptions are never called.
 class NoopDataContainer final : public DataContainer {
@@ -14,3 +16,5 @@ public:
     std::shared_ptr<Unsubscriber> subscribe(const QString& key,
                                             std::function<void()> callback) override;
 };
+
+} // namespace lexmira

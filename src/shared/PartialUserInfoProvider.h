@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 // The current user's identifiers, as far as they are known. Read afresh on every access.
 class PartialUserInfoProvider {
 public:
@@ -14,3 +16,5 @@ public:
     virtual std::optional<std::string> containerId() const = 0;
     virtual std::optional<std::string> userId() const = 0;
 };
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 #include "shared/NoopDataContainer.h"
 #include "shared/UserDefaultsContainer.h"
 
+namespace lexmira {
+
 namespace {
 
 std::shared_ptr<DataContainer> containerOver(const std::shared_ptr<SharedSuite>& userDefaults)
@@ -43,3 +45,5 @@ SharedData::SharedData(std::shared_ptr<SharedSuite> userDefaults,
     , oauthOpenLoginTabMessage(container, QStringLiteral("message.oauthOpenLoginTabMessage"))
 {
 }
+
+} // namespace lexmira

@@ -12,6 +12,8 @@
 #include <memory>
 #include <string>
 
+namespace lexmira {
+
 class SharedSuite;
 
 // The state shared with the extension: four values in the application group's suite, and the
@@ -45,3 +47,5 @@ private:
                std::shared_ptr<KeychainItems> keychainItems,
                const std::shared_ptr<DataContainer>& container);
 };
+
+} // namespace lexmira

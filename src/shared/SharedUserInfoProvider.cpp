@@ -5,6 +5,8 @@
 
 #include "shared/SharedData.h"
 
+namespace lexmira {
+
 SharedUserInfoProvider::SharedUserInfoProvider(const SharedData& sharedData)
     : sharedData_(sharedData)
 {
@@ -23,3 +25,5 @@ std::optional<std::string> SharedUserInfoProvider::userId() const
         return info->userId;
     return std::nullopt;
 }
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include "shared/PartialUserInfoProvider.h"
 
+namespace lexmira {
+
 class SharedData;
 
 // The current user as the shared suite knows it, read afresh on every access. Without a stored
@@ -20,3 +22,5 @@ public:
 private:
     const SharedData& sharedData_;
 };
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "shared/Unsubscriber.h"
 
+namespace lexmira {
+
 Unsubscriber::Unsubscriber(std::function<void()> unsubscribe)
     : unsubscribe_(std::move(unsubscribe))
 {
@@ -23,3 +25,5 @@ void Unsubscriber::unsubscribe()
     if (action)
         action();
 }
+
+} // namespace lexmira

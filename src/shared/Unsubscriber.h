@@ -7,6 +7,8 @@
 #include <memory>
 #include <mutex>
 
+namespace lexmira {
+
 // Ends a subscription: once, either through unsubscribe() or when the last reference goes. A
 // subscriber keeps it for exactly as long as it wants notifications. Thread-safe.
 class Unsubscriber {
@@ -23,3 +25,5 @@ private:
     std::mutex mutex_;
     std::function<void()> unsubscribe_;
 };
+
+} // namespace lexmira

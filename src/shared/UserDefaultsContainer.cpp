@@ -6,6 +6,8 @@
 #include "platform/SharedSuite.h"
 #include "shared/Callback.h"
 
+namespace lexmira {
+
 UserDefaultsContainer::UserDefaultsContainer(std::shared_ptr<SharedSuite> userDefaults)
     : userDefaults_(std::move(userDefaults))
 {
@@ -30,3 +32,5 @@ std::shared_ptr<Unsubscriber> UserDefaultsContainer::subscribe(const QString& ke
         userDefaults->removeObserver(observer.get(), key);
     });
 }
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include "shared/DataContainer.h"
 
+namespace lexmira {
+
 class SharedSuite;
 
 // The shared values over the application group's suite. Callbacks run on the suite's watcher
@@ -25,3 +27,5 @@ public:
 private:
     std::shared_ptr<SharedSuite> userDefaults_;
 };
+
+} // namespace lexmira

@@ -3,6 +3,8 @@
 
 #include "shared/UserInfo.h"
 
+namespace lexmira {
+
 void to_json(nlohmann::ordered_json& json, const UserInfo& info)
 {
     json = nlohmann::ordered_json{{"userId", info.userId},
@@ -18,3 +20,5 @@ void from_json(const nlohmann::ordered_json& json, UserInfo& info)
     info.isAnonymous = json.at("isAnonymous").get<bool>();
     info.containerId = json.at("containerId").get<std::string>();
 }
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <string>
 
+namespace lexmira {
+
 // The signed-in (or anonymous) user, as the extension shares it under "userInfo".
 struct UserInfo {
     std::string userId;
@@ -21,3 +23,5 @@ struct UserInfo {
 void to_json(nlohmann::ordered_json& json, const UserInfo& info);
 // All four keys are required with their types; throws nlohmann::json::exception otherwise.
 void from_json(const nlohmann::ordered_json& json, UserInfo& info);
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace lexmira {
+
 namespace {
 Q_LOGGING_CATEGORY(alertsLog, "lexmira.alerts")
 }
@@ -47,3 +49,5 @@ int AlertQueue::runModal(const Alert& alert)
     showing_.reset();
     return answer;
 }
+
+} // namespace lexmira

@@ -10,6 +10,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 // Shows alerts one after another through another presenter, never one inside another. An alert
 // asked for while one is on screen (from inside that alert's modal loop) waits, and is shown
 // once the one before it is dismissed; an alert equal to the one on screen or to one waiting is
@@ -37,3 +39,5 @@ private:
     std::optional<Alert> showing_;
     std::deque<Alert> waiting_;
 };
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <string>
 
+namespace lexmira {
+
 namespace {
 
 // Source paths are reported relative to src/ ("Common/EnvCommon.cpp"), as the code names them.
@@ -28,3 +30,5 @@ void fatalError(std::string_view message, std::source_location where)
     std::fflush(stderr);
     std::abort();
 }
+
+} // namespace lexmira

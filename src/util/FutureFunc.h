@@ -10,6 +10,8 @@
 #include <functional>
 #include <utility>
 
+namespace lexmira {
+
 // Helpers for callback-style asynchronous functions.
 namespace FutureFunc {
 
@@ -30,3 +32,5 @@ std::function<void(Args...)> deliverOnMain(std::function<void(Args...)> completi
 }
 
 } // namespace FutureFunc
+
+} // namespace lexmira

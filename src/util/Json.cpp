@@ -3,6 +3,8 @@
 
 #include "util/Json.h"
 
+namespace lexmira {
+
 namespace Json {
 
 std::optional<QByteArray> encode(const nlohmann::ordered_json& value)
@@ -33,3 +35,5 @@ std::optional<nlohmann::ordered_json> decode(const QByteArray& bytes)
 }
 
 } // namespace Json
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 
 #include <optional>
 
+namespace lexmira {
+
 namespace Json {
 
 // Compact JSON text as the extension's side writes it: keys in insertion order, non-ASCII
@@ -19,3 +21,5 @@ std::optional<QByteArray> encode(const nlohmann::ordered_json& value);
 std::optional<nlohmann::ordered_json> decode(const QByteArray& bytes);
 
 } // namespace Json
+
+} // namespace lexmira

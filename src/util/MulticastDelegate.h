@@ -10,6 +10,8 @@
 #include <iterator>
 #include <vector>
 
+namespace lexmira {
+
 // A set of weakly held listeners, notified all at once. A listener is any QObject; it is never
 // kept alive by the set and disappears from it when destroyed. On invoke, each live entry is
 // cast to T; entries that are not a T are skipped. Main thread only.
@@ -63,3 +65,5 @@ private:
 
     std::vector<QPointer<QObject>> delegates_;
 };
+
+} // namespace lexmira

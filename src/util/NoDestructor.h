@@ -6,6 +6,8 @@
 #include <new>
 #include <utility>
 
+namespace lexmira {
+
 // Holds a process-lifetime object that is built on first use and never destroyed, so that no
 // static destructor runs while worker threads of that object may still be live at exit.
 template <class T>
@@ -25,3 +27,5 @@ public:
 private:
     alignas(T) unsigned char storage_[sizeof(T)];
 };
+
+} // namespace lexmira

@@ -24,6 +24,8 @@ extern "C" void __tsan_ignore_thread_begin();
 extern "C" void __tsan_ignore_thread_end();
 #endif
 
+namespace lexmira {
+
 namespace ThreadHandOff {
 
 // Queues work to run from the event loop of context's thread, as
@@ -56,3 +58,5 @@ void queue(QObject* context, Work&& work)
 }
 
 } // namespace ThreadHandOff
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdlib>
 
+namespace lexmira {
+
 namespace {
 
 constexpr std::size_t alphabetSize = 62;
@@ -40,3 +42,5 @@ std::string randomIdentifier()
 }
 
 } // namespace Utils
+
+} // namespace lexmira

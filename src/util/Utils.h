@@ -5,9 +5,13 @@
 
 #include <string>
 
+namespace lexmira {
+
 namespace Utils {
 
 // An 8-character identifier, each character drawn uniformly from [A-Za-z0-9]. Thread-safe.
 std::string randomIdentifier();
 
 } // namespace Utils
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 TEST(AppInfo, ReadsNameAndDerivesExtensionIdentifier)
@@ -68,3 +70,5 @@ TEST(AppInfoDeathTest, MissingIdentifierStopsTheProcess)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 TEST(ClientInfo, DecodesTheBundleResource)
@@ -62,3 +64,5 @@ TEST(ClientInfoDeathTest, TextThatIsNotJsonStopsTheProcess)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 TEST(EnvCommon, HoldsTheIdentityOfTheBundle)
@@ -33,3 +35,5 @@ TEST(EnvCommonDeathTest, BundleWithoutClientInfoStopsTheProcessNamingEnvCommon)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 TEST(EnvType, RawValuesRoundTrip)
@@ -29,3 +31,5 @@ TEST(EnvType, OnlyProductionSendsRealEvents)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -14,6 +14,8 @@
 #include <QProcess>
 #include <QSignalSpy>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -185,5 +187,7 @@ TEST(Appearance, EverySettingChangedIsAnnounced)
 }
 
 } // namespace
+
+} // namespace lexmira
 
 #include "AppearanceTest.moc"

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 const QString loop = QStringLiteral("EnableLexmiraAnimationLightChromium");
@@ -45,3 +47,5 @@ TEST(Artwork, AnAnimationWithoutADenseFileIsTheOneFileForEveryScreen)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 void expectRgb(const QColor& color, int red, int green, int blue)
@@ -55,3 +57,5 @@ TEST(ColorScheme, AppearancePicksTheTable)
 }
 
 } // namespace
+
+} // namespace lexmira

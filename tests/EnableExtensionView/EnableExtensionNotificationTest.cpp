@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -142,3 +144,5 @@ TEST_F(Reminder, SettingsThatCannotBeOpenedShowTheAlertAndLog)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -10,6 +10,8 @@
 #include <QPointer>
 #include <QTest>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -561,3 +563,5 @@ TEST_F(ViewTest, StepPiecesAreLeftOutOfWhatScreenReadersRead)
 }
 
 } // namespace
+
+} // namespace lexmira

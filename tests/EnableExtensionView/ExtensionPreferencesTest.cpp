@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 using Records = std::vector<std::pair<std::string, std::string>>;
@@ -64,3 +66,5 @@ TEST_F(ExtensionPreferencesTest, CompletionRunsOnTheMainThreadAfterTheCallReturn
 }
 
 } // namespace
+
+} // namespace lexmira

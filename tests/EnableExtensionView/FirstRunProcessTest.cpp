@@ -14,6 +14,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -166,3 +168,5 @@ TEST_F(FirstRun, DisabledExtensionIsRemindedOnceAtOneMinuteAndOpenOpensTheSettin
 }
 
 } // namespace
+
+} // namespace lexmira

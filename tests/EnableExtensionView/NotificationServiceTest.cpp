@@ -12,6 +12,8 @@
 #include <QProcess>
 #include <QSignalSpy>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -173,5 +175,7 @@ TEST(NotificationService, RealServerShowsTheReminderAndReportsTheClick)
 }
 
 } // namespace
+
+} // namespace lexmira
 
 #include "NotificationServiceTest.moc"

@@ -12,6 +12,8 @@
 #include <QTranslator>
 #include <QWindow>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -315,3 +317,5 @@ INSTANTIATE_TEST_SUITE_P(BothPanelsInBothAppearances, GermanRendering,
                          });
 
 } // namespace
+
+} // namespace lexmira

@@ -17,6 +17,8 @@
 
 #include <memory>
 
+namespace lexmira {
+
 namespace test {
 
 inline const QString extensionId = QStringLiteral("com.lexmira.companion.ext");
@@ -54,3 +56,5 @@ protected:
 };
 
 } // namespace test
+
+} // namespace lexmira

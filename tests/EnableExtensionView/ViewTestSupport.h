@@ -12,6 +12,8 @@
 
 #include <memory>
 
+namespace lexmira {
+
 namespace test {
 
 // A remote log client that posts to a loopback HTTPS server, reading the user from sharedData.
@@ -36,3 +38,5 @@ inline std::vector<std::pair<std::string, std::string>> logRecords(const HttpsTe
 }
 
 } // namespace test
+
+} // namespace lexmira

@@ -14,6 +14,8 @@
 
 #include <QAction>
 
+namespace lexmira {
+
 namespace {
 
 // The launch sequence of process entry, run once for this test process.
@@ -175,3 +177,5 @@ TEST_F(Launched, WindowsMenuEntryBringsTheWindowBack)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 CommandLine parse(QStringList arguments)
@@ -87,3 +89,5 @@ TEST(CommandLine, QtPlatformOptionsAreLeftToQt)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -25,6 +25,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -490,3 +492,5 @@ INSTANTIATE_TEST_SUITE_P(BothAppearances, DesktopAppearance, ::testing::Bool(),
                          [](const auto& info) { return info.param ? "Dark" : "Light"; });
 
 } // namespace
+
+} // namespace lexmira

@@ -29,6 +29,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -566,3 +568,5 @@ TEST_F(DoctorProcessTest, TheHostsStatusShowsTheExtensionChecks)
 }
 
 } // namespace
+
+} // namespace lexmira

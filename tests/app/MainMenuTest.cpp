@@ -9,6 +9,8 @@
 #include <QAction>
 #include <QMenu>
 
+namespace lexmira {
+
 namespace {
 
 struct Item {
@@ -112,3 +114,5 @@ TEST(MainMenu, AboutItemShowsThePanelFedFromTheBundle)
 }
 
 } // namespace
+
+} // namespace lexmira

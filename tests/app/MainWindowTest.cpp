@@ -10,6 +10,8 @@
 
 #include <QScreen>
 
+namespace lexmira {
+
 namespace {
 
 std::unique_ptr<MainWindow> makeWindow()
@@ -58,3 +60,5 @@ TEST(MainWindow, IsCentredOnItsScreen)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+namespace lexmira {
+
 namespace {
 
 const QString serviceName = QStringLiteral("com.lexmira.companion");
@@ -216,3 +218,5 @@ TEST(Process, WithoutASessionBusTheApplicationRunsAndSaysSo)
 }
 
 } // namespace
+
+} // namespace lexmira

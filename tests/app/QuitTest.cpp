@@ -11,6 +11,8 @@
 #include <QMenu>
 #include <QTimer>
 
+namespace lexmira {
+
 namespace {
 
 QAction* quitAction(MainMenu& menu)
@@ -50,3 +52,5 @@ TEST(QuitFromTheMenu, EndsTheApplicationsEventLoop)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -20,6 +20,8 @@
 #include <utility>
 #include <vector>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -279,3 +281,5 @@ TEST_F(RaiseWhenAsked, AStartupIdThatNeedsQuotingIsQuotedInTheRemoveMessage)
 }
 
 } // namespace
+
+} // namespace lexmira

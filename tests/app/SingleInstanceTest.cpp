@@ -15,6 +15,8 @@
 
 #include <optional>
 
+namespace lexmira {
+
 namespace {
 
 const QString serviceName = QStringLiteral("com.lexmira.companion");
@@ -292,3 +294,5 @@ TEST(FirstLaunchWithoutDisplay, ExitsWithAClearMessage)
 }
 
 } // namespace
+
+} // namespace lexmira

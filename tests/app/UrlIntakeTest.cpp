@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 class RecordingHandler : public GetUrlHandler {
@@ -85,3 +87,5 @@ TEST_F(UrlIntake, UrlsWaitingStopAtTheirBound)
 }
 
 } // namespace
+
+} // namespace lexmira

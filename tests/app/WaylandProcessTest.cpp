@@ -17,6 +17,8 @@
 #include <algorithm>
 #include <memory>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -220,3 +222,5 @@ TEST_F(OnWayland, FirstRunShowsTheWindowPollsTheExtensionAndTakesASecondLaunchsU
 }
 
 } // namespace
+
+} // namespace lexmira

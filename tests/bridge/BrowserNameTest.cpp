@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 const QString reminder = QStringLiteral("Click Open to enable it in Safari settings");
@@ -57,3 +59,5 @@ TEST(BrowserName, ANameAtTheLengthBoundIsUsed)
 }
 
 } // namespace
+
+} // namespace lexmira

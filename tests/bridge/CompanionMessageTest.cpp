@@ -10,6 +10,8 @@
 
 #include <QThread>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -134,3 +136,5 @@ TEST_F(SendCompanionMessage, AFailedDispatchIsNotRetried)
 }
 
 } // namespace
+
+} // namespace lexmira

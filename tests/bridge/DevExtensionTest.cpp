@@ -14,6 +14,8 @@
 #include <QDBusVariant>
 #include <QProcess>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -173,3 +175,5 @@ TEST(DevExtension, RecordsEachCallAsOneJsonLineWithTheRecordTheExtensionWouldFin
 }
 
 } // namespace
+
+} // namespace lexmira

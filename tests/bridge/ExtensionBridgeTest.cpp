@@ -13,6 +13,8 @@
 #include <QDBusMessage>
 #include <QElapsedTimer>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -416,3 +418,5 @@ TEST(ExtensionBridge, CallsInFlightCompleteAfterTheBridgeIsGone)
 }
 
 } // namespace
+
+} // namespace lexmira

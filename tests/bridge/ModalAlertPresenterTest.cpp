@@ -16,6 +16,8 @@
 
 #include <functional>
 
+namespace lexmira {
+
 namespace {
 
 // What the message box looked like while it was up, and which button the "user" chose.
@@ -131,3 +133,5 @@ TEST(ModalAlertPresenter, AppendsEveryAlertToItsRecordFileAndStillShowsIt)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 
 #include <QThread>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -294,3 +296,5 @@ TEST_F(OAuthTest, OpeningTheLoginTabLeavesTheFlagToItsCaller)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 
 #include <ostream>
 
+namespace lexmira {
+
 namespace {
 
 using Result = std::optional<OAuthResultUrlData>;
@@ -179,3 +181,5 @@ const Case cases[] = {
 INSTANTIATE_TEST_SUITE_P(Urls, OAuthUtilsTable, ::testing::ValuesIn(cases));
 
 } // namespace
+
+} // namespace lexmira

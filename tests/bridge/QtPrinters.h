@@ -7,8 +7,12 @@
 
 #include <ostream>
 
+namespace lexmira {
+
 // Lets test failures show Qt strings as text.
 inline void PrintTo(const QString& text, std::ostream* out)
 {
     *out << '"' << text.toStdString() << '"';
 }
+
+} // namespace lexmira

@@ -16,6 +16,8 @@
 #include <memory>
 #include <vector>
 
+namespace lexmira {
+
 namespace test {
 
 // The sign-in hand-off over fakes: the shared suite in memory, a bridge that answers from the
@@ -65,3 +67,5 @@ struct SignInFixture {
 };
 
 } // namespace test
+
+} // namespace lexmira

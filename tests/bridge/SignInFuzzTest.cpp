@@ -12,6 +12,8 @@
 #include <random>
 #include <string>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -242,3 +244,5 @@ TEST(SignInFuzz, EveryUrlThroughTheHandlerStoresAndSendsExactlyWhatTheParserSays
 }
 
 } // namespace
+
+} // namespace lexmira

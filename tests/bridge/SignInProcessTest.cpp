@@ -18,6 +18,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -342,3 +344,5 @@ TEST_F(SignInProcess, ThePeerCanCompleteTheSignInByStoringASignedInUser)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -34,6 +34,8 @@
 #include <memory>
 #include <ostream>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -437,3 +439,5 @@ INSTANTIATE_TEST_SUITE_P(ChromiumAndFirefox, RealBrowser,
                          [](const auto& info) { return std::string(info.param.displayName); });
 
 } // namespace
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 Check check(const char* id, Verdict verdict, const char* remedy = "")
@@ -85,3 +87,5 @@ TEST(DiagnosisTest, TheJsonHoldsEveryCheckWithItsVerdict)
 }
 
 } // namespace
+
+} // namespace lexmira

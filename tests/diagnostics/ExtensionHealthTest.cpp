@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 Verdict verdictOf(const std::vector<Check>& checks, const char* id)
@@ -127,3 +129,5 @@ TEST_F(ExtensionHealthTest, ConnectedBrowsersAreListed)
 }
 
 } // namespace
+
+} // namespace lexmira

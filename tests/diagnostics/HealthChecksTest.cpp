@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -190,3 +192,5 @@ TEST(HealthChecksTest, ARunningCompanionIsNamedWithoutComplaint)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -32,6 +32,8 @@
 #include <memory>
 #include <set>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -1184,3 +1186,5 @@ TEST(ExtensionHostActivation, AConnectedHostStartsANewBrokerWhenItsBrokerDies)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <cstring>
 
+namespace lexmira {
+
 namespace {
 
 QByteArray lengthPrefix(std::uint32_t length)
@@ -98,3 +100,5 @@ TEST(FrameReader, ALengthPrefixWithNothingBehindItIsAPartialFrame)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -17,6 +17,8 @@
 #include <cstring>
 #include <random>
 
+namespace lexmira {
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -257,3 +259,5 @@ TEST(HostSessionFuzz, HundredThousandHostileFramesNeitherCrashNorHangNorGrowWith
 }
 
 } // namespace
+
+} // namespace lexmira

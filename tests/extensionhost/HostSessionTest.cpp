@@ -14,6 +14,8 @@
 #include <condition_variable>
 #include <mutex>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -565,3 +567,5 @@ TEST_F(HostSessionTest, EndingFailsTheMessagesWaitingForTheirReply)
 }
 
 } // namespace
+
+} // namespace lexmira

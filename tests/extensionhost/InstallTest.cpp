@@ -18,6 +18,8 @@
 
 #include <ostream>
 
+namespace lexmira {
+
 namespace {
 
 const QString kChromiumId = QStringLiteral("abcdefghijklmnopabcdefghijklmnop");
@@ -523,3 +525,5 @@ TEST_F(InstallTest, BuiltHostPrintsItsVersionAndUsage)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 #include <atomic>
 #include <memory>
 
+namespace lexmira {
+
 // Hands every request to a real client and counts the completions that came back, after the
 // caller's completion has run. Lets a test know that a request is over when its completion
 // leaves no other trace.
@@ -39,3 +41,5 @@ private:
     // Last, so that it stops its worker thread before the counters go.
     std::shared_ptr<HttpClient> client_;
 };
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include "platform/Appearance.h"
 
+namespace lexmira {
+
 // An appearance the test switches by hand.
 class FakeAppearance final : public Appearance {
 public:
@@ -20,3 +22,5 @@ public:
 private:
     bool dark_ = false;
 };
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 // A broker that attaches from the event loop (or fails to, when told), records attach and
 // detach, and lets a test send messages as the broker would.
 class FakeBrokerLink final : public BrokerLink {
@@ -43,3 +45,5 @@ public:
 private:
     DispatchHandler handler_;
 };
+
+} // namespace lexmira

@@ -10,6 +10,8 @@
 #include <map>
 #include <mutex>
 
+namespace lexmira {
+
 // Keeps bytes in memory and notifies subscribers synchronously, on the writing thread, once per
 // set. Stands in for the shared suite where a test is about logic, not storage.
 class MemoryDataContainer final : public DataContainer {
@@ -67,3 +69,5 @@ private:
     std::map<int, std::pair<QString, std::function<void()>>> subscribers_;
     int nextId_ = 0;
 };
+
+} // namespace lexmira

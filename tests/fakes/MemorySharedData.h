@@ -8,6 +8,8 @@
 
 #include <memory>
 
+namespace lexmira {
+
 // A SharedData whose four values live in container, with no keychain behind it (every keychain
 // call fails). Notifications arrive synchronously on the writing thread.
 inline std::unique_ptr<SharedData>
@@ -16,3 +18,5 @@ makeMemorySharedData(std::shared_ptr<MemoryDataContainer> container)
     return std::make_unique<SharedData>(std::shared_ptr<DataContainer>(std::move(container)),
                                         std::shared_ptr<KeychainItems>());
 }
+
+} // namespace lexmira

@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+namespace lexmira {
+
 // A shared suite in memory. Every write notifies the observers of its key synchronously, on the
 // writing thread, as the watcher thread of the real suite would.
 class MemorySharedSuite final : public SharedSuite {
@@ -69,3 +71,5 @@ private:
     QHash<QString, QByteArray> values_;
     std::vector<std::pair<std::shared_ptr<SharedSuiteObserver>, QString>> observers_;
 };
+
+} // namespace lexmira

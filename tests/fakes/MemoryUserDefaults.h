@@ -9,6 +9,8 @@
 
 #include <mutex>
 
+namespace lexmira {
+
 // The application's settings in memory. Thread-safe.
 class MemoryUserDefaults final : public UserDefaults {
 public:
@@ -31,3 +33,5 @@ private:
     mutable std::mutex mutex_;
     QHash<QString, QVariant> values_;
 };
+
+} // namespace lexmira

@@ -17,6 +17,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 // Records every call and answers it the way the real bridge does: later, never from inside the
 // call — from the main event loop, or from a worker thread of its own when answersFromWorker is
 // set (to check that callers do not rely on the thread). Each kind of call first takes the
@@ -125,3 +127,5 @@ private:
     QThread worker_;
     QObject workerContext_;
 };
+
+} // namespace lexmira

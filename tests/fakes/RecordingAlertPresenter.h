@@ -8,6 +8,8 @@
 #include <functional>
 #include <vector>
 
+namespace lexmira {
+
 // Answers every alert at once, without showing anything, and keeps each one in the order shown.
 class RecordingAlertPresenter final : public AlertPresenter {
 public:
@@ -25,3 +27,5 @@ public:
     // Called while the alert is "on screen", before runModal returns.
     std::function<void(const Alert&)> onShow;
 };
+
+} // namespace lexmira

@@ -10,6 +10,8 @@
 #include <mutex>
 #include <vector>
 
+namespace lexmira {
+
 // Keeps every request, with the thread that sent it, and never answers: for tests about what
 // was sent. Thread-safe.
 class RecordingHttpClient final : public HttpClient {
@@ -42,3 +44,5 @@ private:
     mutable std::mutex mutex_;
     std::vector<Sent> sent_;
 };
+
+} // namespace lexmira

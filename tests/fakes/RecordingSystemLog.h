@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace lexmira {
+
 // Keeps every line written, in order. Thread-safe.
 class RecordingSystemLog final : public SystemLog {
 public:
@@ -28,3 +30,5 @@ private:
     mutable std::mutex mutex_;
     std::vector<std::string> lines_;
 };
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <vector>
 
+namespace lexmira {
+
 // Keeps every notification instead of showing it; activate() plays the user's click.
 class RecordingUserNotifications final : public UserNotifications {
 public:
@@ -18,3 +20,5 @@ public:
 
     std::vector<UserNotification> delivered;
 };
+
+} // namespace lexmira

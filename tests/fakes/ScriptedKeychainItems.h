@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace lexmira {
+
 // Answers every call with the status set for its operation and records each query it was
 // given, in order. Stands in for the keychain where a test is about the queries, not storage.
 class ScriptedKeychainItems final : public KeychainItems {
@@ -45,3 +47,5 @@ public:
         return removeStatus;
     }
 };
+
+} // namespace lexmira

@@ -14,6 +14,8 @@
 
 #include <thread>
 
+namespace lexmira {
+
 namespace {
 
 using test::HttpsTestServer;
@@ -336,3 +338,5 @@ TEST(LogMessage, AllFieldsAreWrittenInFieldOrder)
 }
 
 } // namespace
+
+} // namespace lexmira

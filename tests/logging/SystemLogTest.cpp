@@ -21,6 +21,8 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 namespace {
 
 using Fields = std::map<std::string, std::string>;
@@ -168,3 +170,5 @@ TEST(SystemLog, LinesArriveOneEntryEachInOrderWithTheirTextIntact)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -10,6 +10,8 @@
 #include <QRegularExpression>
 #include <QSet>
 
+namespace lexmira {
+
 namespace {
 
 const QString manualDir = QStringLiteral(LEXMIRA_MANUAL_DIR);
@@ -94,3 +96,5 @@ TEST(ManualPages, PagesFormatWithoutWarnings)
 }
 
 } // namespace
+
+} // namespace lexmira

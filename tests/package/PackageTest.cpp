@@ -22,6 +22,8 @@
 #include <csignal>
 #include <memory>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -418,3 +420,5 @@ TEST_F(Package, LintianFindsNoErrorOrWarning)
 }
 
 } // namespace
+
+} // namespace lexmira

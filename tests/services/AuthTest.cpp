@@ -16,6 +16,8 @@
 
 #include <mutex>
 
+namespace lexmira {
+
 namespace {
 
 using test::HttpsTestServer;
@@ -405,3 +407,5 @@ TEST(SetCookieField, SplitsAtCommasThatStartACookieOnly)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 TEST(ServiceHost, AHostAloneHasNoPort)
@@ -94,3 +96,5 @@ TEST(DeploymentConfig, AMissingValueStopsTheProcessUnlessItIsOverridden)
 }
 
 } // namespace
+
+} // namespace lexmira

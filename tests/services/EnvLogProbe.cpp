@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 
+using namespace lexmira;
+
 // Builds the application's environment as the application does and logs twice through it: once
 // through env's log client and once through a copy. Runs until it is terminated.
 int main(int argc, char** argv)

@@ -16,6 +16,8 @@
 #include <mutex>
 #include <thread>
 
+namespace lexmira {
+
 namespace {
 
 using test::HttpsTestServer;
@@ -372,3 +374,5 @@ TEST(HttpCookieParser, NoSetCookieMeansNoCookies)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -19,6 +19,8 @@
 #include <ctime>
 #include <mutex>
 
+namespace lexmira {
+
 namespace {
 
 using test::HttpsTestServer;
@@ -646,3 +648,5 @@ INSTANTIATE_TEST_SUITE_P(TzValues, NorvClientLocalTime,
                          });
 
 } // namespace
+
+} // namespace lexmira

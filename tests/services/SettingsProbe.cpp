@@ -12,6 +12,8 @@
 
 #include <cstdio>
 
+using namespace lexmira;
+
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);

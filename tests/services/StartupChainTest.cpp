@@ -15,6 +15,8 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+namespace lexmira {
+
 namespace {
 
 using test::HttpsTestServer;
@@ -155,3 +157,5 @@ TEST_F(StartupChain, EachProcessLogsUnderItsOwnSessionIdentifier)
 }
 
 } // namespace
+
+} // namespace lexmira

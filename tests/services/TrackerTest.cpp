@@ -15,6 +15,8 @@
 
 #include <thread>
 
+namespace lexmira {
+
 namespace {
 
 using test::HttpsTestServer;
@@ -365,3 +367,5 @@ TEST_F(TrackerTest, AnAccountHostThatMakesNoUrlSendsNothing)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -13,6 +13,8 @@
 
 #include <sys/stat.h>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -108,3 +110,5 @@ TEST(CompanionSharedSuite, RunsWhenTheSuiteRootCannotBeCreated)
 }
 
 } // namespace
+
+} // namespace lexmira

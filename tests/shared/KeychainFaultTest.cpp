@@ -17,6 +17,8 @@
 #include <memory>
 #include <thread>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -234,3 +236,5 @@ TEST(KeychainFaults, WithoutADefaultCollectionTheFirstWriteCreatesOne)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -14,6 +14,8 @@
 #include <memory>
 #include <string>
 
+namespace lexmira {
+
 namespace {
 
 // The keychain's schema as any other client of the Secret Service sees it.
@@ -343,3 +345,5 @@ TEST(KeychainWithoutSecretService, FailsWithoutReportingNotFound)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -13,6 +13,8 @@
 #include <memory>
 #include <unordered_set>
 
+namespace lexmira {
+
 namespace {
 
 using Key = KeychainItems::Key;
@@ -171,3 +173,5 @@ TEST(KeychainDataContainer, CarriesTheKeychainAndTheAccessLevel)
 }
 
 } // namespace
+
+} // namespace lexmira

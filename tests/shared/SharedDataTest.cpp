@@ -18,6 +18,8 @@
 #include <string>
 #include <vector>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::string_literals;
@@ -276,3 +278,5 @@ TEST(NoopDataContainer, StoresNothingAndNeverCalls)
 }
 
 } // namespace
+
+} // namespace lexmira

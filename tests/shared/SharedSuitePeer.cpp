@@ -30,6 +30,8 @@
 
 #include <unistd.h>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -123,6 +125,10 @@ int read(const std::shared_ptr<DataContainer>& container, int argc, char** argv)
 }
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 int main(int argc, char** argv)
 {

@@ -26,6 +26,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -262,3 +264,5 @@ TEST_F(SharedSuiteProcessTest, WritersKilledAtRandomPointsNeverLeaveATornValue)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -34,6 +34,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -858,3 +860,5 @@ TEST_F(FullDiskTest, WriteOnAFullDiskKeepsTheEarlierValueWhole)
 }
 
 } // namespace
+
+} // namespace lexmira

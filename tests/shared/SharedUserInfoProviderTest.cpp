@@ -12,6 +12,8 @@
 #include <optional>
 #include <string>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::string_literals;
@@ -78,3 +80,5 @@ TEST_F(SharedUserInfoProviderTest, ReadsAfreshOnEveryAccess)
 }
 
 } // namespace
+
+} // namespace lexmira

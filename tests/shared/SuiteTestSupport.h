@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+namespace lexmira {
+
 // Points XDG_CONFIG_HOME at a fresh directory for the life of the test, so each test has a
 // suite of its own at the contracted place inside it.
 class ScopedConfigHome {
@@ -32,3 +34,5 @@ private:
     QTemporaryDir dir_;
     QByteArray previous_;
 };
+
+} // namespace lexmira

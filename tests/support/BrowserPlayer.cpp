@@ -9,6 +9,8 @@
 
 #include <cstring>
 
+namespace lexmira {
+
 namespace test {
 
 namespace {
@@ -175,3 +177,5 @@ void BrowserPlayer::readOutput()
 }
 
 } // namespace test
+
+} // namespace lexmira

@@ -18,6 +18,8 @@
 #include <optional>
 #include <vector>
 
+namespace lexmira {
+
 namespace test {
 
 // Plays a browser that started lexmira-extension-host for its extension: the host runs as a
@@ -103,3 +105,5 @@ private:
 };
 
 } // namespace test
+
+} // namespace lexmira

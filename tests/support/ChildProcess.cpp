@@ -7,6 +7,8 @@
 
 #include <csignal>
 
+namespace lexmira {
+
 namespace test {
 
 ChildProcess::ChildProcess(const QString& program, const QStringList& arguments,
@@ -31,3 +33,5 @@ ChildProcess::~ChildProcess()
 }
 
 } // namespace test
+
+} // namespace lexmira

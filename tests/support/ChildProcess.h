@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace lexmira {
+
 namespace test {
 
 // A second process for the length of a test: started by the constructor, asked to end (then
@@ -31,3 +33,5 @@ private:
 };
 
 } // namespace test
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <QCoreApplication>
 
+using namespace lexmira;
+
 int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);

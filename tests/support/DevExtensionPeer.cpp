@@ -14,6 +14,8 @@
 
 #include <csignal>
 
+namespace lexmira {
+
 namespace test {
 
 DevExtensionPeer::DevExtensionPeer(const QStringList& options, const QString& name,
@@ -98,3 +100,5 @@ bool DevExtensionPeer::isOwned(const QString& name)
 }
 
 } // namespace test
+
+} // namespace lexmira

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+namespace lexmira {
+
 namespace test {
 
 // The development peer (lexmira-dev-extension) as a second process on the test's session bus,
@@ -60,3 +62,5 @@ private:
 };
 
 } // namespace test
+
+} // namespace lexmira

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace lexmira;
+
 int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);

@@ -20,6 +20,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace lexmira {
+
 namespace test {
 
 namespace {
@@ -365,3 +367,5 @@ HttpsTestServer::Response httpJson(int status, const nlohmann::ordered_json& bod
 }
 
 } // namespace test
+
+} // namespace lexmira

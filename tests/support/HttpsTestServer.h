@@ -22,6 +22,8 @@
 class QSslServer;
 class QSslSocket;
 
+namespace lexmira {
+
 namespace test {
 
 // A real HTTPS/1.1 server on 127.0.0.1 with a certificate issued, at test time, by a throwaway
@@ -112,3 +114,5 @@ HttpsTestServer::Response httpJson(int status, const nlohmann::ordered_json& bod
                                    HttpsTestServer::Fields headers = {});
 
 } // namespace test
+
+} // namespace lexmira

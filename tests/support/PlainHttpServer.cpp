@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+namespace lexmira {
+
 namespace test {
 
 namespace {
@@ -68,3 +70,5 @@ void PlainHttpServer::accept()
 }
 
 } // namespace test
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 
 class QTcpServer;
 
+namespace lexmira {
+
 namespace test {
 
 // A plain HTTP/1.1 server on 127.0.0.1 that answers every GET with a small HTML page and
@@ -40,3 +42,5 @@ private:
 };
 
 } // namespace test
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QFile>
 
+namespace lexmira {
+
 namespace test {
 
 PrivateBus::PrivateBus(const std::map<QString, QString>& services)
@@ -65,3 +67,5 @@ QString PrivateBus::serviceDirectory() const
 }
 
 } // namespace test
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 #include <map>
 #include <memory>
 
+namespace lexmira {
+
 namespace test {
 
 // A session bus of the test's own (a dbus-daemon child process) that no other test sees. It
@@ -37,3 +39,5 @@ private:
 };
 
 } // namespace test
+
+} // namespace lexmira

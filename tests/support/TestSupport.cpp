@@ -13,6 +13,8 @@
 
 #include <utility>
 
+namespace lexmira {
+
 namespace test {
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout)
@@ -94,3 +96,5 @@ QProcessEnvironment childEnvironment(const QString& bundleDir)
 }
 
 } // namespace test
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 #include <chrono>
 #include <functional>
 
+namespace lexmira {
+
 namespace test {
 
 using namespace std::chrono_literals;
@@ -49,3 +51,5 @@ private:
 QProcessEnvironment childEnvironment(const QString& bundleDir = builtBundleDir());
 
 } // namespace test
+
+} // namespace lexmira

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+namespace lexmira {
+
 namespace {
 
 // Stands for the modal presenter: while an alert is "on screen", onShow runs, as the events of
@@ -135,3 +137,5 @@ TEST_F(AlertQueueTest, WaitingAlertsStopAtTheirBound)
 }
 
 } // namespace
+
+} // namespace lexmira

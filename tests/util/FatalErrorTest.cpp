@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 TEST(FatalError, StopsTheProcessNamingMessageAndSourceFile)
@@ -14,3 +16,5 @@ TEST(FatalError, StopsTheProcessNamingMessageAndSourceFile)
 }
 
 } // namespace
+
+} // namespace lexmira

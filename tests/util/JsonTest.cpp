@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace lexmira {
+
 namespace {
 
 TEST(Json, EncodesCompactlyInInsertionOrder)
@@ -35,3 +37,5 @@ TEST(Json, DecodesOneDocumentOnly)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace lexmira {
+
 namespace {
 
 class Greeter {
@@ -115,3 +117,5 @@ TEST(MulticastDelegate, ChangesDuringInvokeDoNotAffectTheCurrentPass)
 }
 
 } // namespace
+
+} // namespace lexmira

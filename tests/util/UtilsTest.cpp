@@ -9,6 +9,8 @@
 #include <thread>
 #include <vector>
 
+namespace lexmira {
+
 namespace {
 
 bool isAlphanumeric(char c)
@@ -48,3 +50,5 @@ TEST(RandomIdentifier, IsSafeUnderConcurrentFirstUse)
 }
 
 } // namespace
+
+} // namespace lexmira

@@ -22,6 +22,8 @@
 #include <string>
 #include <thread>
 
+namespace lexmira {
+
 namespace {
 
 long long nowNs()
@@ -41,6 +43,10 @@ public:
 };
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 int main(int argc, char** argv)
 {

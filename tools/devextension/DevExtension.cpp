@@ -15,6 +15,8 @@
 
 #include <cstdio>
 
+namespace lexmira {
+
 const QString DevExtension::controlInterface = QStringLiteral("com.lexmira.DevExtension1");
 const QString DevExtension::failureErrorName =
     QStringLiteral("com.lexmira.Extension1.Error.Failed");
@@ -262,3 +264,5 @@ void DevExtension::send(const QDBusMessage& reply, std::chrono::milliseconds del
     }
     QTimer::singleShot(delay, this, [this, reply] { bus_.send(reply); });
 }
+
+} // namespace lexmira

@@ -13,6 +13,8 @@
 #include <chrono>
 #include <optional>
 
+namespace lexmira {
+
 class SharedData;
 
 // Stands in for the browser extension's native side: answers com.lexmira.Extension1 as the
@@ -71,3 +73,5 @@ private:
     QFile recordFile_;
     SharedData& sharedData_;
 };
+
+} // namespace lexmira

@@ -19,6 +19,8 @@
 #include <cstdio>
 #include <map>
 
+namespace lexmira {
+
 namespace {
 
 const QString defaultName = QStringLiteral("com.lexmira.companion.ext");
@@ -141,6 +143,10 @@ std::optional<std::chrono::milliseconds> milliseconds(const QString& text)
 }
 
 } // namespace
+
+} // namespace lexmira
+
+using namespace lexmira;
 
 int main(int argc, char** argv)
 {

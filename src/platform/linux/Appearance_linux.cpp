@@ -9,6 +9,8 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 
+namespace lexmira {
+
 namespace {
 
 const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
@@ -107,5 +109,7 @@ std::unique_ptr<Appearance> Appearance::create()
 {
     return std::make_unique<PortalAppearance>();
 }
+
+} // namespace lexmira
 
 #include "Appearance_linux.moc"

@@ -19,6 +19,8 @@
 
 #include <utility>
 
+namespace lexmira {
+
 BrokerObject::BrokerObject(BrokerBus::Handler& handler, QObject* parent)
     : QObject(parent)
     , handler_(handler)
@@ -190,3 +192,5 @@ std::unique_ptr<BrokerBus> BrokerBus::publish(const QString& serviceName, Handle
         return nullptr;
     return bus;
 }
+
+} // namespace lexmira

@@ -16,6 +16,8 @@
 #include <QDBusServiceWatcher>
 #include <QPointer>
 
+namespace lexmira {
+
 HostConnectionObject::HostConnectionObject(QObject* parent)
     : QObject(parent)
 {
@@ -156,3 +158,5 @@ std::optional<std::vector<HostPeer>> BrokerLink::connectedHosts(const QString& s
                          record.attachedAtMs});
     return hosts;
 }
+
+} // namespace lexmira

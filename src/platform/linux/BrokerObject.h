@@ -9,6 +9,8 @@
 #include <QDBusContext>
 #include <QObject>
 
+namespace lexmira {
+
 // The object the broker exports at /com/lexmira/companion/ext. The adaptors generated from
 // com.lexmira.Extension1.xml and com.lexmira.ExtensionHost1.xml call its slots; it hands each
 // call to the broker's handler. Main thread only.
@@ -36,3 +38,5 @@ public Q_SLOTS:
 private:
     BrokerBus::Handler& handler_;
 };
+
+} // namespace lexmira

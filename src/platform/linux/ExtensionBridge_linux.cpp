@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace lexmira {
+
 namespace {
 
 ExtensionError errorOf(const QDBusError& error)
@@ -145,3 +147,5 @@ std::unique_ptr<ExtensionBridge> ExtensionBridge::create(std::chrono::millisecon
 {
     return std::make_unique<DBusExtensionBridge>(timeout);
 }
+
+} // namespace lexmira

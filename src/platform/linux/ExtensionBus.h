@@ -5,6 +5,8 @@
 
 #include <QString>
 
+namespace lexmira {
+
 // How the extension's native side sits on the session bus: its well-known name is the
 // extension's identifier, its object path is derived from that name, and it answers one
 // interface. Shared by the companion's bridge and the development peer in tools/.
@@ -28,3 +30,5 @@ inline QString objectPath(const QString& identifier)
 }
 
 } // namespace ExtensionBus
+
+} // namespace lexmira

@@ -9,6 +9,8 @@
 #include <QObject>
 #include <QString>
 
+namespace lexmira {
+
 // The object a native-messaging host exports at /com/lexmira/companion/ext/connection; the
 // adaptor generated from com.lexmira.ExtensionConnection1.xml calls its slot. Only the broker
 // that the host attached to may call it. Main thread only.
@@ -29,3 +31,5 @@ private:
     QString broker_;
     BrokerLink::DispatchHandler handler_;
 };
+
+} // namespace lexmira

@@ -8,6 +8,8 @@
 #include <QMetaType>
 #include <QString>
 
+namespace lexmira {
+
 // One attached host as com.lexmira.ExtensionHost1.Connections lists it: (ssssx).
 struct HostConnectionRecord {
     QString connection;
@@ -35,4 +37,6 @@ inline const QDBusArgument& operator>>(const QDBusArgument& argument, HostConnec
     return argument;
 }
 
-Q_DECLARE_METATYPE(HostConnectionRecord)
+} // namespace lexmira
+
+Q_DECLARE_METATYPE(lexmira::HostConnectionRecord)

@@ -15,6 +15,8 @@
 
 #include <future>
 
+namespace lexmira {
+
 namespace {
 
 // Errors by which Qt reports the status of a response that did arrive; the server answered, so
@@ -209,3 +211,5 @@ std::unique_ptr<HttpClient> HttpClient::create(const QByteArray& userAgent)
     return std::make_unique<QtHttpClient>(userAgent.isEmpty() ? userAgentFor(QString())
                                                               : userAgent);
 }
+
+} // namespace lexmira

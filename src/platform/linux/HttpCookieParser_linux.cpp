@@ -6,6 +6,8 @@
 #include <QNetworkCookie>
 #include <QStringDecoder>
 
+namespace lexmira {
+
 namespace {
 
 bool isUtf8(const QByteArray& bytes)
@@ -45,3 +47,5 @@ std::unique_ptr<HttpCookieParser> HttpCookieParser::create()
 {
     return std::make_unique<QtCookieParser>();
 }
+
+} // namespace lexmira

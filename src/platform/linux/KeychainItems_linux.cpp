@@ -11,6 +11,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 // Generic-password items live in the Secret Service's default collection under the schema
 // "com.lexmira.Keychain", keyed by the attributes service, accessGroup, account and
 // synchronizable ("true"). Only synchronisable items are ever looked at, so items that other
@@ -278,3 +280,5 @@ std::unique_ptr<KeychainItems> KeychainItems::create()
 {
     return std::make_unique<SecretServiceKeychainItems>();
 }
+
+} // namespace lexmira

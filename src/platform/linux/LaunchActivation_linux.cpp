@@ -3,8 +3,12 @@
 
 #include "platform/LaunchActivation.h"
 
+namespace lexmira {
+
 LaunchActivation LaunchActivation::ofThisProcess()
 {
     return {qEnvironmentVariable("XDG_ACTIVATION_TOKEN"),
             qEnvironmentVariable("DESKTOP_STARTUP_ID")};
 }
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+namespace lexmira {
+
 QString mainBundleDirectory()
 {
     const QString override = qEnvironmentVariable("LEXMIRA_BUNDLE_DIR");
@@ -18,3 +20,5 @@ QString mainBundleDirectory()
     const QDir binDir = QFileInfo(executable.canonicalFilePath()).absoluteDir();
     return QDir::cleanPath(binDir.filePath(QStringLiteral("../share/lexmira-companion")));
 }
+
+} // namespace lexmira

@@ -7,6 +7,8 @@
 
 #include <cstring>
 
+namespace lexmira {
+
 bool displayAvailable()
 {
     return !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") ||
@@ -22,3 +24,5 @@ void hideCommandLineArguments(int argc, char** argv)
         if (argv[i])
             std::memset(argv[i], 0, std::strlen(argv[i]));
 }
+
+} // namespace lexmira

@@ -31,6 +31,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace lexmira {
+
 // The suite is a directory shared by every process of the user, one regular file per key whose
 // content is exactly the stored bytes. A value is replaced by renaming a complete temporary file
 // over the key's file, so a reader opens either the old file or the new one, never a partial
@@ -517,3 +519,5 @@ std::unique_ptr<SharedSuite> SharedSuite::open(const QString& suiteName)
     return std::make_unique<DirectorySharedSuite>(
         root, std::make_shared<Watcher>(root, std::move(inotify), watch, std::move(wakeup)));
 }
+
+} // namespace lexmira

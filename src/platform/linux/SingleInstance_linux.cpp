@@ -13,6 +13,8 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace lexmira {
+
 namespace {
 
 const QString serviceName = QStringLiteral("com.lexmira.companion");
@@ -170,5 +172,7 @@ std::unique_ptr<SingleInstance> SingleInstance::create()
 {
     return std::make_unique<DBusSingleInstance>();
 }
+
+} // namespace lexmira
 
 #include "SingleInstance_linux.moc"

@@ -5,6 +5,8 @@
 
 #include <QByteArray>
 
+namespace lexmira {
+
 std::string SuiteKeyFileName::fromKey(const QString& key)
 {
     static constexpr char hex[] = "0123456789ABCDEF";
@@ -26,3 +28,5 @@ std::string SuiteKeyFileName::fromKey(const QString& key)
     }
     return name;
 }
+
+} // namespace lexmira

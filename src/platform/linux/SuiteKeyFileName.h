@@ -7,6 +7,8 @@
 
 #include <string>
 
+namespace lexmira {
+
 namespace SuiteKeyFileName {
 
 // The name of the file that holds key in the suite's directory: the key's UTF-8 bytes, each byte
@@ -16,3 +18,5 @@ namespace SuiteKeyFileName {
 std::string fromKey(const QString& key);
 
 } // namespace SuiteKeyFileName
+
+} // namespace lexmira

@@ -33,6 +33,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace lexmira {
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -388,3 +390,5 @@ std::unique_ptr<SystemHealth> SystemHealth::create()
 {
     return std::make_unique<LinuxSystemHealth>();
 }
+
+} // namespace lexmira

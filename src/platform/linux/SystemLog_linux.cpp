@@ -7,6 +7,8 @@
 #include <syslog.h>
 #include <systemd/sd-journal.h>
 
+namespace lexmira {
+
 namespace {
 
 // The journal's native protocol, under the application's identifier.
@@ -25,3 +27,5 @@ std::unique_ptr<SystemLog> SystemLog::create()
 {
     return std::make_unique<JournalSystemLog>();
 }
+
+} // namespace lexmira

@@ -5,6 +5,8 @@
 
 #include <QSslCertificate>
 
+namespace lexmira {
+
 namespace {
 
 QList<QSslCertificate> extraCaCertificates()
@@ -29,3 +31,5 @@ QSslConfiguration verifyingTlsConfiguration()
     configuration.addCaCertificates(extraCaCertificates());
     return configuration;
 }
+
+} // namespace lexmira

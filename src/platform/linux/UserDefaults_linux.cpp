@@ -7,6 +7,8 @@
 #include <QMutexLocker>
 #include <QSettings>
 
+namespace lexmira {
+
 namespace {
 
 // QSettings in its native format under $XDG_CONFIG_HOME/<bundle identifier>.conf; its own
@@ -45,3 +47,5 @@ std::unique_ptr<UserDefaults> UserDefaults::standard(const QString& bundleIdenti
 {
     return std::make_unique<SettingsUserDefaults>(bundleIdentifier);
 }
+
+} // namespace lexmira

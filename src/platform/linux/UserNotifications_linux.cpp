@@ -10,6 +10,8 @@
 #include <QSet>
 #include <QVariantMap>
 
+namespace lexmira {
+
 namespace {
 
 const QString service = QStringLiteral("org.freedesktop.Notifications");
@@ -79,5 +81,7 @@ std::unique_ptr<UserNotifications> UserNotifications::create(const QString& appl
 {
     return std::make_unique<FreedesktopNotifications>(applicationName);
 }
+
+} // namespace lexmira
 
 #include "UserNotifications_linux.moc"

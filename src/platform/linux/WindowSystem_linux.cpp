@@ -15,6 +15,8 @@
 #include <memory>
 #include <optional>
 
+namespace lexmira {
+
 // Which launch brought a window to the front, with which token; off unless QT_LOGGING_RULES
 // turns on "lexmira.activation.info".
 Q_LOGGING_CATEGORY(lcActivation, "lexmira.activation", QtWarningMsg)
@@ -197,3 +199,5 @@ void endLaunchFeedback(const LaunchActivation& launch)
         xcb_flush(connection);
     }
 }
+
+} // namespace lexmira
