@@ -113,6 +113,10 @@ int main(int argc, char** argv)
 
     // Taken before the application object connects to the display, which may consume them.
     const auto launch = LaunchActivation::ofThisProcess();
+    // A launch that finds the instance running hands its request over before it builds an
+    // application object; the checks below still catch an instance that started meanwhile.
+    if (const auto handedOver = SingleInstance::handOverIfRunning(command.url, launch))
+        return *handedOver ? 0 : 1;
     if (!displayAvailable())
         return forwardWithoutDisplay(argc, argv, command.url, launch);
 

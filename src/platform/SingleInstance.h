@@ -38,6 +38,14 @@ public:
 
     static std::unique_ptr<SingleInstance> create();
 
+    // Before anything of the user interface is loaded: hands the request to the running
+    // instance, as forward() does, on a bus connection of its own. None when no instance is
+    // running (and none is started for the call) or the session bus cannot be reached; the
+    // launch then goes on to claim the instance. Otherwise whether the instance took the
+    // request; why not is written to stderr. Blocks until the instance answers.
+    static std::optional<bool> handOverIfRunning(const std::optional<QString>& url,
+                                                 const LaunchActivation& launch);
+
 Q_SIGNALS:
     // Another launch without a URL: show the window if it is not visible, and bring it to the
     // front with launch.

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "platform/SingleInstance.h"
+#include "support/PrivateBus.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -9,10 +10,13 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QFile>
 #include <QHash>
 #include <QProcess>
 #include <QSignalSpy>
 
+#include <future>
+#include <map>
 #include <optional>
 
 namespace lexmira {
@@ -291,6 +295,68 @@ TEST(FirstLaunchWithoutDisplay, ExitsWithAClearMessage)
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(process.exitCode(), 1);
     EXPECT_TRUE(process.readAllStandardError().contains("no display"));
+}
+
+// A launch that finds no instance running must not have the bus start one for its hand-over: it
+// becomes the instance itself. The bus here could start one, and would, for any other caller.
+TEST(LaunchWithNoInstance, HasTheBusStartNone)
+{
+    QTemporaryDir marks;
+    ASSERT_TRUE(marks.isValid());
+    const QString started = marks.filePath(QStringLiteral("started"));
+    const std::map<QString, QString> services{
+        {serviceName, QStringLiteral("/bin/touch %1").arg(started)}};
+    const test::PrivateBus bus(services);
+    ASSERT_TRUE(bus.isRunning());
+
+    auto environment = environmentWithoutDisplay();
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), bus.address());
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(test::companionBinary(), {QStringLiteral("lexmira.extension://oauth?code=C")});
+    ASSERT_TRUE(process.waitForFinished(30'000));
+    // It went on to claim the instance itself, which it cannot be without a display.
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_TRUE(process.readAllStandardError().contains("no display"));
+    EXPECT_FALSE(QFile::exists(started));
+
+    // Any other call to the name does start it.
+    auto caller = QDBusConnection::connectToBus(bus.address(), QStringLiteral("activating"));
+    caller.asyncCall(QDBusMessage::createMethodCall(serviceName,
+                                                    QStringLiteral("/com/lexmira/companion"),
+                                                    QStringLiteral("org.freedesktop.Application"),
+                                                    QStringLiteral("Activate"))
+                     << QVariantMap());
+    EXPECT_TRUE(test::waitUntil([&] { return QFile::exists(started); }));
+    QDBusConnection::disconnectFromBus(QStringLiteral("activating"));
+}
+
+// The hand-over a launch makes before it builds anything reaches the running instance with the
+// URL and the launcher's tokens, on a bus connection of its own.
+TEST_F(SingleInstanceOnTheBus, HandOverReachesTheInstanceWithTheUrlAndTokens)
+{
+    QSignalSpy opened(instance_.get(), &SingleInstance::openRequested);
+    const QString url = QStringLiteral("lexmira.extension://oauth?code=C9&code_challenge=X9");
+    // It blocks until the instance answers, and the instance is served by this thread.
+    auto handedOver = std::async(std::launch::async, [&] {
+        return SingleInstance::handOverIfRunning(
+            url, {QStringLiteral("token-9"), QStringLiteral("startup-9")});
+    });
+    ASSERT_TRUE(test::waitUntil([&] {
+        return handedOver.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    }));
+    EXPECT_EQ(handedOver.get(), std::optional<bool>(true));
+    ASSERT_TRUE(test::waitUntil([&] { return opened.count() == 1; }));
+    EXPECT_EQ(opened.first().first().toStringList(), QStringList{url});
+    const auto launch = opened.first().at(1).value<LaunchActivation>();
+    EXPECT_EQ(launch.activationToken, QStringLiteral("token-9"));
+    EXPECT_EQ(launch.startupId, QStringLiteral("startup-9"));
+}
+
+TEST(HandOverWithNoInstance, AnswersNone)
+{
+    EXPECT_FALSE(QDBusConnection::sessionBus().interface()->isServiceRegistered(serviceName));
+    EXPECT_EQ(SingleInstance::handOverIfRunning(std::nullopt, {}), std::nullopt);
 }
 
 } // namespace

@@ -20,7 +20,6 @@ namespace {
 const QString serviceName = QStringLiteral("com.lexmira.companion");
 const QString objectPath = QStringLiteral("/com/lexmira/companion");
 const QString applicationInterface = QStringLiteral("org.freedesktop.Application");
-constexpr int forwardTimeoutMs = 10'000;
 
 void printError(const QString& text)
 {
@@ -29,17 +28,6 @@ void printError(const QString& text)
 
 const QString startupIdKey = QStringLiteral("desktop-startup-id");
 const QString activationTokenKey = QStringLiteral("activation-token");
-
-// The launch's tokens as org.freedesktop.Application's platform data.
-QVariantMap platformData(const LaunchActivation& launch)
-{
-    QVariantMap data;
-    if (!launch.startupId.isEmpty())
-        data.insert(startupIdKey, launch.startupId);
-    if (!launch.activationToken.isEmpty())
-        data.insert(activationTokenKey, launch.activationToken);
-    return data;
-}
 
 // A token another process sent: printable ASCII without spaces, of bounded length, or nothing.
 // It is written into window properties and startup-notification messages as it is.
@@ -146,19 +134,10 @@ public:
 
     bool forward(const std::optional<QString>& url, const LaunchActivation& launch) override
     {
-        auto call = QDBusMessage::createMethodCall(serviceName, objectPath, applicationInterface,
-                                                   url ? QStringLiteral("Open")
-                                                       : QStringLiteral("Activate"));
-        if (url)
-            call << QStringList{*url};
-        call << platformData(launch);
-        const QDBusMessage answer = bus_.call(call, QDBus::Block, forwardTimeoutMs);
-        if (answer.type() == QDBusMessage::ErrorMessage) {
-            printError(QStringLiteral("could not reach the running instance: ") +
-                       answer.errorMessage());
-            return false;
-        }
-        return true;
+        if (const auto handedOver = handOverIfRunning(url, launch))
+            return *handedOver;
+        printError(QStringLiteral("could not reach the running instance: it has gone"));
+        return false;
     }
 
 private:
