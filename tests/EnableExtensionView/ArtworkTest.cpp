@@ -46,6 +46,33 @@ TEST(Artwork, AnAnimationWithoutADenseFileIsTheOneFileForEveryScreen)
     EXPECT_TRUE(artwork.animation(QStringLiteral("Missing"), 2).path.isEmpty());
 }
 
+// An animation plays for as long as the disabled panel shows: its frames must decode to opaque
+// RGB32, which is shown as it is. A frame with an alpha channel would be scanned and converted,
+// pixel by pixel, every time it is shown.
+TEST(Artwork, EveryFrameOfEveryAnimationDecodesOpaque)
+{
+    const Artwork artwork(mainBundleDirectory());
+    int animations = 0;
+    for (const char* theme : {"Light", "Dark"})
+        for (const char* browser : {"Chromium", "Firefox"})
+            for (const qreal ratio : {1.0, 2.0}) {
+                const QString name = QStringLiteral("EnableLexmiraAnimation%1%2")
+                                         .arg(QLatin1String(theme), QLatin1String(browser));
+                QImageReader reader(artwork.animation(name, ratio).path);
+                int frames = 0;
+                while (reader.canRead()) {
+                    const QImage frame = reader.read();
+                    ASSERT_FALSE(frame.isNull()) << name.toStdString() << " frame " << frames;
+                    EXPECT_EQ(frame.format(), QImage::Format_RGB32)
+                        << name.toStdString() << " @" << ratio << " frame " << frames;
+                    ++frames;
+                }
+                EXPECT_GT(frames, 1) << name.toStdString();
+                ++animations;
+            }
+    EXPECT_EQ(animations, 8);
+}
+
 } // namespace
 
 } // namespace lexmira

@@ -942,10 +942,8 @@ def render_frame(s, browser, base, icon, state):
     return frame.convert("RGB")
 
 
-# Palette entries: the quantised colours, then the panel colour, then the index that later
-# frames use for "unchanged since the previous frame".
+# Palette entries: the quantised colours, then the panel colour.
 PANEL = 254
-UNCHANGED = 255
 
 
 def to_palette(frames, panel):
@@ -1004,33 +1002,16 @@ def draw_animation(s, browser, scale=1):
     return indexed, lengths
 
 
-def as_deltas(frames):
-    """Frames after the first with every pixel equal to the previous frame's made UNCHANGED.
-
-    The writer crops each frame to what differs from the one before; inside that
-    rectangle, runs of UNCHANGED compress far better than the picture they show through."""
-    out = [frames[0]]
-    palette = frames[0].getpalette()
-    for previous, frame in zip(frames, frames[1:]):
-        before = Image.frombytes("L", previous.size, previous.tobytes())
-        after = Image.frombytes("L", frame.size, frame.tobytes())
-        same = ImageChops.difference(before, after).point(lambda v: 255 if v == 0 else 0)
-        after.paste(UNCHANGED, mask=same)
-        delta = Image.frombytes("P", frame.size, after.tobytes())
-        delta.putpalette(palette)
-        out.append(delta)
-    return out
-
-
 def save_gif(path, frames, durations):
-    frames = as_deltas(frames)
+    # Every frame is opaque, with no transparent index: Qt decodes such a GIF straight to RGB32
+    # frames, which show as they are. A transparent index would make each frame ARGB32, and each
+    # would then be scanned and converted, pixel by pixel, every time it is shown.
     frames[0].save(
         path,
         save_all=True,
         append_images=frames[1:],
         duration=durations,
         loop=0,
-        transparency=UNCHANGED,
         disposal=1,
         optimize=False,
     )
