@@ -4,6 +4,7 @@
 #include "app/Application.h"
 
 #include "app/AboutPanel.h"
+#include "app/AppLog.h"
 #include "platform/WindowSystem.h"
 #include "util/FatalError.h"
 
@@ -112,8 +113,8 @@ void Application::openUrls(const QStringList& urls)
 {
     const qsizetype room = std::max<qsizetype>(0, maxPendingUrls - pendingUrls_.size());
     if (urls.size() > room)
-        qWarning("Too many URLs waiting to be opened; %lld dropped",
-                 static_cast<long long>(urls.size() - room));
+        qCWarning(lcApp, "Too many URLs waiting to be opened; %lld dropped",
+                  static_cast<long long>(urls.size() - room));
     pendingUrls_.append(urls.mid(0, room));
     deliverPendingUrls();
 }

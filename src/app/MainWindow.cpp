@@ -5,22 +5,18 @@
 
 #include "EnableExtensionView/EnableExtensionView.h"
 #include "EnableExtensionView/EnableExtensionViewController.h"
+#include "app/AppLog.h"
 #include "app/Application.h"
 #include "platform/WindowSystem.h"
 
 #include <QGuiApplication>
 #include <QLayout>
-#include <QLoggingCategory>
 #include <QMenuBar>
 #include <QMouseEvent>
 #include <QScreen>
 #include <QWindow>
 
 namespace lexmira {
-
-// When the window system shows the window and when it stops showing it; off unless
-// QT_LOGGING_RULES turns on "lexmira.window.info".
-Q_LOGGING_CATEGORY(lcWindow, "lexmira.window", QtWarningMsg)
 
 MainWindow::MainWindow(const QString& title, std::unique_ptr<EnableExtensionViewController> content)
     : QMainWindow(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
@@ -62,7 +58,7 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
         const bool exposed = windowHandle()->isExposed();
         if (exposed != exposed_) {
             exposed_ = exposed;
-            qCInfo(lcWindow).noquote()
+            qCInfo(lcApp).noquote()
                 << "window" << windowTitle() << (exposed ? "shown" : "no longer shown") << "on"
                 << QGuiApplication::platformName();
         }

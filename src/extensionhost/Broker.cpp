@@ -3,17 +3,14 @@
 
 #include "extensionhost/Broker.h"
 
+#include "extensionhost/HostLog.h"
+
 #include <QDateTime>
-#include <QLoggingCategory>
 #include <QProcess>
 
 #include <algorithm>
 
 namespace lexmira {
-
-// What the extension is asked and who connects; off unless QT_LOGGING_RULES turns on
-// "lexmira.broker.info".
-Q_LOGGING_CATEGORY(lcBroker, "lexmira.broker", QtWarningMsg)
 
 namespace {
 

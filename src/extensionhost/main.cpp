@@ -4,6 +4,7 @@
 #include "Common/EnvCommon.h"
 #include "extensionhost/AsyncKeychain.h"
 #include "extensionhost/Broker.h"
+#include "extensionhost/HostLog.h"
 #include "extensionhost/HostProtocol.h"
 #include "extensionhost/HostSession.h"
 #include "extensionhost/InstallCommand.h"
@@ -48,7 +49,7 @@ int runBroker(const QStringList& arguments)
     QString error;
     const auto bus = BrokerBus::publish(serviceName, broker, error);
     if (!bus) {
-        std::fprintf(stderr, "lexmira-extension-host: %s\n", qUtf8Printable(error));
+        qCWarning(lcBroker, "%s", qUtf8Printable(error));
         return 1;
     }
     broker.setBus(bus.get());
@@ -104,8 +105,7 @@ int runHost(const Origin& origin, const BrowserRegistry& registry)
     HostSession session(peer, {suite, &keychain, broker.get()});
     NativeHost host(STDIN_FILENO, STDOUT_FILENO, session);
     QObject::connect(&session, &HostSession::finished, qApp, [&](const QString& reason) {
-        std::fprintf(stderr, "lexmira-extension-host: connection ended: %s\n",
-                     qUtf8Printable(reason));
+        qCWarning(lcHost, "connection ended: %s", qUtf8Printable(reason));
         host.flush(1000);
         QCoreApplication::quit();
     });

@@ -32,8 +32,8 @@ public:
     virtual Role claim() = 0;
     // Secondary only: asks the instance to show itself (no URL) or to open url, handing over
     // launch so the instance may come to the front. Waits for the answer, since a forwarding
-    // process has nothing else to do. Returns false and writes the reason to stderr when the
-    // instance could not be reached.
+    // process has nothing else to do. Returns false and warns (lexmira.bus) with the reason when
+    // the instance could not be reached.
     virtual bool forward(const std::optional<QString>& url, const LaunchActivation& launch) = 0;
 
     static std::unique_ptr<SingleInstance> create();

@@ -3,16 +3,12 @@
 
 #include "util/AlertQueue.h"
 
-#include <QLoggingCategory>
+#include "util/UtilLog.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace lexmira {
-
-namespace {
-Q_LOGGING_CATEGORY(alertsLog, "lexmira.alerts")
-}
 
 AlertQueue::AlertQueue(std::unique_ptr<AlertPresenter> presenter)
     : presenter_(std::move(presenter))
@@ -33,7 +29,7 @@ int AlertQueue::runModal(const Alert& alert)
         if (isQueued(alert))
             return -1;
         if (waiting_.size() >= maxWaitingAlerts) {
-            qCWarning(alertsLog) << "Too many alerts waiting; dropped:" << alert.messageText;
+            qCWarning(lcUtil) << "Too many alerts waiting; dropped:" << alert.messageText;
             return -1;
         }
         waiting_.push_back(alert);

@@ -130,7 +130,7 @@ protected:
         environment.insert(QStringLiteral("WAYLAND_DISPLAY"), socketName);
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("wayland"));
         environment.insert(QStringLiteral("QT_LOGGING_RULES"),
-                           QStringLiteral("lexmira.window.info=true;lexmira.activation.info=true"));
+                           QStringLiteral("lexmira.app.info=true;lexmira.activation.info=true"));
         environment.remove(QStringLiteral("DISPLAY"));
         environment.remove(QStringLiteral("DESKTOP_STARTUP_ID"));
         environment.remove(QStringLiteral("XDG_ACTIVATION_TOKEN"));

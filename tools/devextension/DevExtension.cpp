@@ -13,9 +13,9 @@
 #include <QDBusVariant>
 #include <QTimer>
 
-#include <cstdio>
-
 namespace lexmira {
+
+Q_LOGGING_CATEGORY(lcDevExtension, "lexmira.devextension", QtWarningMsg)
 
 const QString DevExtension::controlInterface = QStringLiteral("com.lexmira.DevExtension1");
 const QString DevExtension::failureErrorName =
@@ -66,8 +66,8 @@ DevExtension::DevExtension(QDBusConnection bus, Behaviour behaviour, const QStri
     , sharedData_(sharedData)
 {
     if (!recordPath.isEmpty() && !recordFile_.open(QIODevice::WriteOnly | QIODevice::Append))
-        std::fprintf(stderr, "lexmira-dev-extension: cannot write %s: %s\n",
-                     qUtf8Printable(recordPath), qUtf8Printable(recordFile_.errorString()));
+        qCWarning(lcDevExtension, "cannot write %s: %s", qUtf8Printable(recordPath),
+                  qUtf8Printable(recordFile_.errorString()));
 }
 
 QString DevExtension::introspect(const QString& path) const

@@ -8,6 +8,7 @@
 #include <QDBusConnection>
 #include <QDBusVirtualObject>
 #include <QFile>
+#include <QLoggingCategory>
 #include <QString>
 
 #include <chrono>
@@ -16,6 +17,9 @@
 namespace lexmira {
 
 class SharedData;
+
+// The peer's own troubles while it serves (its bus, its suite, its record file). Warnings are on.
+Q_DECLARE_LOGGING_CATEGORY(lcDevExtension)
 
 // Stands in for the browser extension's native side: answers com.lexmira.Extension1 as the
 // extension would, and com.lexmira.DevExtension1 so tests and scripts can steer it. Every call

@@ -245,7 +245,7 @@ int main(int argc, char** argv)
 
     auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) {
-        printError(QStringLiteral("no session bus: ") + bus.lastError().message());
+        qCWarning(lcDevExtension, "no session bus: %s", qUtf8Printable(bus.lastError().message()));
         return 1;
     }
     const QString name = parser.value(nameOption);
@@ -254,22 +254,23 @@ int main(int argc, char** argv)
     // what the companion reads.
     std::shared_ptr<SharedSuite> suite = SharedSuite::open(QString::fromUtf8(appGroupSuiteName));
     if (!suite && behaviour.signInOnExchange)
-        printError(QStringLiteral("the shared suite cannot be opened; signing in stores nothing"));
+        qCWarning(lcDevExtension, "the shared suite cannot be opened; signing in stores nothing");
     SharedData sharedData(suite, nullptr);
 
     DevExtension extension(bus, behaviour, parser.value(recordOption), sharedData);
     if (!bus.registerVirtualObject(ExtensionBus::objectPath(name), &extension)) {
-        printError(QStringLiteral("cannot export %1: %2")
-                       .arg(ExtensionBus::objectPath(name), bus.lastError().message()));
+        qCWarning(lcDevExtension, "cannot export %s: %s",
+                  qUtf8Printable(ExtensionBus::objectPath(name)),
+                  qUtf8Printable(bus.lastError().message()));
         return 1;
     }
     const auto claimed =
         bus.interface()->registerService(name, QDBusConnectionInterface::DontQueueService,
                                          QDBusConnectionInterface::DontAllowReplacement);
     if (!claimed.isValid() || claimed.value() != QDBusConnectionInterface::ServiceRegistered) {
-        printError(QStringLiteral("cannot own %1: %2")
-                       .arg(name, claimed.isValid() ? QStringLiteral("another process owns it")
-                                                    : claimed.error().message()));
+        qCWarning(lcDevExtension, "cannot own %s: %s", qUtf8Printable(name),
+                  claimed.isValid() ? "another process owns it"
+                                    : qUtf8Printable(claimed.error().message()));
         return 1;
     }
     std::printf("lexmira-dev-extension: serving %s at %s\n", qUtf8Printable(name),

@@ -3,9 +3,9 @@
 
 #include "platform/SharedSuite.h"
 
+#include "platform/PlatformLog.h"
 #include "platform/linux/SuiteKeyFileName.h"
 
-#include <QLoggingCategory>
 #include <QRandomGenerator>
 
 #include <algorithm>
@@ -43,8 +43,6 @@ namespace lexmira {
 // then created again and watched anew, and writes never go to a directory nobody reads.
 
 namespace {
-
-Q_LOGGING_CATEGORY(suiteLog, "lexmira.suite")
 
 constexpr std::uint32_t watchedEvents = IN_MOVED_TO | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM;
 // The directory itself going away: removed, or renamed to somewhere else.
@@ -158,16 +156,16 @@ bool isUsableRoot(const std::string& root)
 {
     struct stat status {};
     if (::lstat(root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-        qCCritical(suiteLog, "Shared suite %s is not a directory; not used", root.c_str());
+        qCCritical(lcSuite, "Shared suite %s is not a directory; not used", root.c_str());
         return false;
     }
     if (status.st_uid != ::geteuid()) {
-        qCCritical(suiteLog, "Shared suite %s belongs to user %u, not to this user; not used",
+        qCCritical(lcSuite, "Shared suite %s belongs to user %u, not to this user; not used",
                    root.c_str(), static_cast<unsigned>(status.st_uid));
         return false;
     }
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0 && ::chmod(root.c_str(), 0700) != 0) {
-        qCCritical(suiteLog, "Shared suite %s is writable by others and cannot be made private",
+        qCCritical(lcSuite, "Shared suite %s is writable by others and cannot be made private",
                    root.c_str());
         return false;
     }
@@ -321,7 +319,7 @@ private:
         watch_ = ::inotify_add_watch(inotify_.get(), root_.c_str(),
                                      watchedEvents | rootEvents | IN_ONLYDIR | IN_DONT_FOLLOW);
         if (watch_ < 0)
-            qCCritical(suiteLog, "Shared suite %s can no longer be watched: %s", root_.c_str(),
+            qCCritical(lcSuite, "Shared suite %s can no longer be watched: %s", root_.c_str(),
                        std::strerror(errno));
     }
 
@@ -435,7 +433,7 @@ public:
             return;
         }
         if (bytes->size() > maxValueBytes) {
-            qCWarning(suiteLog, "Value of %lld bytes for %s not stored",
+            qCWarning(lcSuite, "Value of %lld bytes for %s not stored",
                       static_cast<long long>(bytes->size()), name.c_str());
             return;
         }

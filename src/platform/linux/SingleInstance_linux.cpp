@@ -3,6 +3,8 @@
 
 #include "platform/SingleInstance.h"
 
+#include "platform/PlatformLog.h"
+
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusContext>
@@ -11,7 +13,6 @@
 #include <QVariantMap>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace lexmira {
 
@@ -23,7 +24,7 @@ const QString applicationInterface = QStringLiteral("org.freedesktop.Application
 
 void printError(const QString& text)
 {
-    std::fprintf(stderr, "lexmira-companion: %s\n", qUtf8Printable(text));
+    qCWarning(lcBus, "%s", qUtf8Printable(text));
 }
 
 const QString startupIdKey = QStringLiteral("desktop-startup-id");

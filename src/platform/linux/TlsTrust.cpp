@@ -3,6 +3,8 @@
 
 #include "platform/linux/TlsTrust.h"
 
+#include "platform/PlatformLog.h"
+
 #include <QSslCertificate>
 
 namespace lexmira {
@@ -17,8 +19,8 @@ QList<QSslCertificate> extraCaCertificates()
     const auto certificates =
         QSslCertificate::fromPath(path, QSsl::Pem, QSslCertificate::PatternSyntax::FixedString);
     if (certificates.isEmpty())
-        qWarning("LEXMIRA_EXTRA_CA_FILE names no readable PEM certificate: %s",
-                 qUtf8Printable(path));
+        qCWarning(lcHttp, "LEXMIRA_EXTRA_CA_FILE names no readable PEM certificate: %s",
+                  qUtf8Printable(path));
     return certificates;
 }
 

@@ -3,8 +3,9 @@
 
 #include "platform/WindowSystem.h"
 
+#include "platform/PlatformLog.h"
+
 #include <QGuiApplication>
-#include <QLoggingCategory>
 #include <QWidget>
 #include <QWindow>
 
@@ -16,10 +17,6 @@
 #include <optional>
 
 namespace lexmira {
-
-// Which launch brought a window to the front, with which token; off unless QT_LOGGING_RULES
-// turns on "lexmira.activation.info".
-Q_LOGGING_CATEGORY(lcActivation, "lexmira.activation", QtWarningMsg)
 
 namespace {
 
