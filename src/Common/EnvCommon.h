@@ -7,18 +7,12 @@
 #include "Common/Bundle.h"
 #include "Common/ClientInfo.h"
 #include "Common/EnvType.h"
+#include "shared/Keychain.h"
 #include "shared/SharedData.h"
 
 #include <memory>
-#include <string_view>
 
 namespace lexmira {
-
-// Values the extension uses too; sharing them is what makes the state shared.
-inline constexpr std::string_view keychainService = "com.lexmira.safari.extension";
-inline constexpr std::string_view appGroupSuiteName =
-    "Q7R2M5K8T1.group.com.lexmira.safari.extension";
-inline constexpr std::string_view keychainAccessGroup = "Q7R2M5K8T1.com.lexmira.safari.extension";
 
 // Reads clientInfo.json from the bundle; a missing or undecodable file stops the process.
 ClientInfo loadClientInfo(const Bundle& bundle);

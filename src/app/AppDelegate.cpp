@@ -3,12 +3,12 @@
 
 #include "app/AppDelegate.h"
 
-#include "Common/Env.h"
 #include "EnableExtensionView/ColorScheme.h"
 #include "EnableExtensionView/EnableExtensionNotification.h"
 #include "EnableExtensionView/EnableExtensionViewController.h"
 #include "EnableExtensionView/ExtensionPreferences.h"
 #include "app/Application.h"
+#include "app/Env.h"
 #include "app/MainWindow.h"
 #include "app/MainWindowController.h"
 #include "bridge/OAuth.h"

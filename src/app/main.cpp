@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "Common/Bundle.h"
-#include "Common/Env.h"
 #include "app/AppDelegate.h"
 #include "app/Application.h"
 #include "app/CommandLine.h"
 #include "app/Doctor.h"
+#include "app/Env.h"
 #include "app/MainMenu.h"
 #include "platform/LaunchActivation.h"
 #include "platform/MainBundle.h"

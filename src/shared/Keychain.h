@@ -10,8 +10,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace lexmira {
+
+// The service and access group of the keychain items shared with the extension; the extension
+// uses the same two values, which is what makes the items shared.
+inline constexpr std::string_view keychainService = "com.lexmira.safari.extension";
+inline constexpr std::string_view keychainAccessGroup = "Q7R2M5K8T1.com.lexmira.safari.extension";
 
 // Generic-password items of one service in one access group, shared with the extension. Every
 // item is written and looked up as a synchronisable item; items of the same service without that

@@ -3,7 +3,6 @@
 
 #include "shared/SharedData.h"
 
-#include "Common/EnvCommon.h"
 #include "platform/SharedSuite.h"
 #include "shared/NoopDataContainer.h"
 #include "shared/UserDefaultsContainer.h"

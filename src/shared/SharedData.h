@@ -3,16 +3,21 @@
 
 #pragma once
 
-#include "bridge/OAuthExchangeMessage.h"
 #include "shared/ContainerValue.h"
 #include "shared/DataContainer.h"
 #include "shared/Keychain.h"
+#include "shared/OAuthExchangeMessage.h"
 #include "shared/UserInfo.h"
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace lexmira {
+
+// The name of the application group's suite the extension reads and writes too.
+inline constexpr std::string_view appGroupSuiteName =
+    "Q7R2M5K8T1.group.com.lexmira.safari.extension";
 
 class SharedSuite;
 

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "app/AppDelegate.h"
-#include "Common/Env.h"
 #include "app/Application.h"
+#include "app/Env.h"
 #include "app/MainMenu.h"
 #include "app/MainWindow.h"
 #include "app/MainWindowController.h"

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Common/Env.h"
 #include "app/Application.h"
+#include "app/Env.h"
 #include "app/MainMenu.h"
 
 #include <gtest/gtest.h>

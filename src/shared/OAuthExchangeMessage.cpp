@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "bridge/OAuthExchangeMessage.h"
+#include "shared/OAuthExchangeMessage.h"
 
 namespace lexmira {
 

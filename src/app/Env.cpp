@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Common/Env.h"
+#include "app/Env.h"
 
 #include "Common/DeploymentConfig.h"
 #include "EnableExtensionView/ExtensionPreferences.h"
