@@ -373,33 +373,33 @@ TEST(HandOverCall, IsTheContractsOpenWithAUrlAndActivateWithout)
     const test::DBusInterface& application =
         contract.at(QString::fromLatin1(ApplicationBus::interfaceName));
 
-    sd_bus* bus = nullptr;
-    ASSERT_GE(sd_bus_open_user(&bus), 0);
+    sd_bus* opened = nullptr;
+    ASSERT_GE(sd_bus_open_user(&opened), 0);
+    const std::unique_ptr<sd_bus, sd_bus* (*)(sd_bus*)> bus(opened, sd_bus_flush_close_unref);
     for (const bool withUrl : {true, false}) {
         SCOPED_TRACE(withUrl ? "with a URL" : "without a URL");
         const ApplicationBus::Method& method =
             withUrl ? ApplicationBus::open : ApplicationBus::activate;
         const auto declared = application.inSignature(QString::fromLatin1(method.name));
-        ASSERT_TRUE(declared.has_value());
-        EXPECT_EQ(*declared, QString::fromLatin1(method.signature));
+        ASSERT_TRUE(declared.has_value()) << method.name;
+        EXPECT_EQ(declared->toStdString(), method.signature);
 
         sd_bus_message* call = nullptr;
         const std::optional<QString> url =
             withUrl ? std::optional(QStringLiteral("lexmira.extension://oauth?code=C"))
                     : std::nullopt;
-        ASSERT_GE(ApplicationBus::newHandOverCall(
-                      bus, url, {QStringLiteral("token-1"), QStringLiteral("startup-1")}, &call),
-                  0);
+        ASSERT_GE(
+            ApplicationBus::newHandOverCall(
+                bus.get(), url, {QStringLiteral("token-1"), QStringLiteral("startup-1")}, &call),
+            0);
         EXPECT_STREQ(sd_bus_message_get_destination(call), ApplicationBus::serviceName);
         EXPECT_STREQ(sd_bus_message_get_path(call), ApplicationBus::objectPath);
         EXPECT_STREQ(sd_bus_message_get_interface(call), ApplicationBus::interfaceName);
-        EXPECT_EQ(QString::fromLatin1(sd_bus_message_get_member(call)),
-                  QString::fromLatin1(method.name));
-        EXPECT_EQ(QString::fromLatin1(sd_bus_message_get_signature(call, 1)), *declared);
+        EXPECT_STREQ(sd_bus_message_get_member(call), method.name);
+        EXPECT_EQ(sd_bus_message_get_signature(call, 1), declared->toStdString());
         EXPECT_EQ(sd_bus_message_get_auto_start(call), 0);
         sd_bus_message_unref(call);
     }
-    sd_bus_flush_close_unref(bus);
 }
 
 } // namespace
