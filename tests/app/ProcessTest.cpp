@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
 // SPDX-License-Identifier: Apache-2.0
 
+#include "support/DBusContract.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -95,6 +96,24 @@ TEST(Process, LaunchingTwiceLeavesOneInstanceOwningTheName)
 
     EXPECT_EQ(first.process().state(), QProcess::Running);
     EXPECT_EQ(ownerPid(), firstPid);
+}
+
+// What the running instance tells the bus about its object is what the contract file declares,
+// member for member, so the file and the implementation cannot part.
+TEST(Process, TheInstanceDeclaresExactlyTheApplicationContract)
+{
+    const auto contract =
+        test::contractInterfaces(QStringLiteral("org.freedesktop.Application.xml"));
+    ASSERT_FALSE(contract.empty());
+    CompanionProcess companion;
+    ASSERT_TRUE(test::waitUntil(nameOwned, std::chrono::seconds(20)));
+    const auto declared = test::interfacesIn(test::introspect(
+        QDBusConnection::sessionBus(), serviceName, QStringLiteral("/com/lexmira/companion")));
+    for (const auto& [name, interface] : contract) {
+        SCOPED_TRACE(name.toStdString());
+        ASSERT_EQ(declared.count(name), 1U);
+        EXPECT_EQ(declared.at(name).listed(), interface.listed());
+    }
 }
 
 TEST(Process, QuitEndsTheProcessAndReleasesTheName)

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "platform/SingleInstance.h"
+#include "platform/linux/ApplicationBus.h"
+#include "support/DBusContract.h"
 #include "support/PrivateBus.h"
 #include "support/TestSupport.h"
 
@@ -14,6 +16,8 @@
 #include <QHash>
 #include <QProcess>
 #include <QSignalSpy>
+
+#include <systemd/sd-bus.h>
 
 #include <future>
 #include <map>
@@ -357,6 +361,45 @@ TEST(HandOverWithNoInstance, AnswersNone)
 {
     EXPECT_FALSE(QDBusConnection::sessionBus().interface()->isServiceRegistered(serviceName));
     EXPECT_EQ(SingleInstance::handOverIfRunning(std::nullopt, {}), std::nullopt);
+}
+
+// The hand-over is built with sd-bus, apart from the adaptor the instance answers with: the call
+// it makes must be the one the contract file declares, member and argument types alike.
+TEST(HandOverCall, IsTheContractsOpenWithAUrlAndActivateWithout)
+{
+    const auto contract =
+        test::contractInterfaces(QStringLiteral("org.freedesktop.Application.xml"));
+    ASSERT_EQ(contract.count(QString::fromLatin1(ApplicationBus::interfaceName)), 1U);
+    const test::DBusInterface& application =
+        contract.at(QString::fromLatin1(ApplicationBus::interfaceName));
+
+    sd_bus* opened = nullptr;
+    ASSERT_GE(sd_bus_open_user(&opened), 0);
+    const std::unique_ptr<sd_bus, sd_bus* (*)(sd_bus*)> bus(opened, sd_bus_flush_close_unref);
+    for (const bool withUrl : {true, false}) {
+        SCOPED_TRACE(withUrl ? "with a URL" : "without a URL");
+        const ApplicationBus::Method& method =
+            withUrl ? ApplicationBus::open : ApplicationBus::activate;
+        const auto declared = application.inSignature(QString::fromLatin1(method.name));
+        ASSERT_TRUE(declared.has_value()) << method.name;
+        EXPECT_EQ(declared->toStdString(), method.signature);
+
+        sd_bus_message* call = nullptr;
+        const std::optional<QString> url =
+            withUrl ? std::optional(QStringLiteral("lexmira.extension://oauth?code=C"))
+                    : std::nullopt;
+        ASSERT_GE(
+            ApplicationBus::newHandOverCall(
+                bus.get(), url, {QStringLiteral("token-1"), QStringLiteral("startup-1")}, &call),
+            0);
+        EXPECT_STREQ(sd_bus_message_get_destination(call), ApplicationBus::serviceName);
+        EXPECT_STREQ(sd_bus_message_get_path(call), ApplicationBus::objectPath);
+        EXPECT_STREQ(sd_bus_message_get_interface(call), ApplicationBus::interfaceName);
+        EXPECT_STREQ(sd_bus_message_get_member(call), method.name);
+        EXPECT_EQ(sd_bus_message_get_signature(call, 1), declared->toStdString());
+        EXPECT_EQ(sd_bus_message_get_auto_start(call), 0);
+        sd_bus_message_unref(call);
+    }
 }
 
 } // namespace

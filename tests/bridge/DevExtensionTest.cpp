@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "QtPrinters.h"
+#include "support/DBusContract.h"
 #include "support/DevExtensionPeer.h"
 #include "support/TestSupport.h"
 
@@ -153,6 +154,26 @@ TEST(DevExtension, DescribesBothInterfacesToIntrospection)
     const QString xml = reply.arguments().value(0).toString();
     EXPECT_TRUE(xml.contains(QStringLiteral("<interface name=\"com.lexmira.Extension1\">")));
     EXPECT_TRUE(xml.contains(QStringLiteral("<interface name=\"com.lexmira.DevExtension1\">")));
+}
+
+// The peer tells the bus what the two contract files declare, member for member: the extension's
+// interface as the companion calls it, and the control interface "ctl" calls.
+TEST(DevExtension, DeclaresExactlyTheMembersOfBothContractFiles)
+{
+    test::DevExtensionPeer peer;
+    ASSERT_TRUE(peer.isServing());
+    const auto declared =
+        test::interfacesIn(test::introspect(QDBusConnection::sessionBus(), name, path));
+    for (const QString& file : {QStringLiteral("com.lexmira.Extension1.xml"),
+                                QStringLiteral("com.lexmira.DevExtension1.xml")}) {
+        const auto contract = test::contractInterfaces(file);
+        ASSERT_EQ(contract.size(), 1U) << file.toStdString();
+        for (const auto& [interfaceName, interface] : contract) {
+            SCOPED_TRACE(interfaceName.toStdString());
+            ASSERT_EQ(declared.count(interfaceName), 1U);
+            EXPECT_EQ(declared.at(interfaceName).listed(), interface.listed());
+        }
+    }
 }
 
 TEST(DevExtension, RecordsEachCallAsOneJsonLineWithTheRecordTheExtensionWouldFind)

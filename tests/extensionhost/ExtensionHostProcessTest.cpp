@@ -9,6 +9,7 @@
 #include "shared/SharedData.h"
 #include "support/BrowserPlayer.h"
 #include "support/ChildProcess.h"
+#include "support/DBusContract.h"
 #include "support/HttpsTestServer.h"
 #include "support/PrivateBus.h"
 #include "support/TestSupport.h"
@@ -855,6 +856,24 @@ TEST_F(ExtensionHostProcess, TheBrowserNameIsThatOfTheMostRecentConnection)
     EXPECT_EQ(browserName().toStdString(), "Chromium");
     chromium.closeInput();
     ASSERT_TRUE(test::waitUntil([] { return browserName() == QStringLiteral("Firefox"); }));
+}
+
+// The broker tells the bus what its two contract files declare, member for member: the
+// extension's interface the companion calls, and the one its hosts attach through.
+TEST_F(ExtensionHostProcess, TheBrokerDeclaresExactlyTheMembersOfItsContractFiles)
+{
+    const auto declared = test::interfacesIn(
+        test::introspect(QDBusConnection::sessionBus(), serviceName, objectPath));
+    for (const QString& file : {QStringLiteral("com.lexmira.Extension1.xml"),
+                                QStringLiteral("com.lexmira.ExtensionHost1.xml")}) {
+        const auto contract = test::contractInterfaces(file);
+        ASSERT_EQ(contract.size(), 1U) << file.toStdString();
+        for (const auto& [interfaceName, interface] : contract) {
+            SCOPED_TRACE(interfaceName.toStdString());
+            ASSERT_EQ(declared.count(interfaceName), 1U);
+            EXPECT_EQ(declared.at(interfaceName).listed(), interface.listed());
+        }
+    }
 }
 
 TEST_F(ExtensionHostProcess, TheMostRecentConnectionReceivesDispatches)

@@ -6,7 +6,7 @@
 #include "shared/UserInfo.h"
 
 #include <QDBusConnection>
-#include <QDBusVirtualObject>
+#include <QDBusContext>
 #include <QFile>
 #include <QLoggingCategory>
 #include <QString>
@@ -22,11 +22,12 @@ class SharedData;
 Q_DECLARE_LOGGING_CATEGORY(lcDevExtension)
 
 // Stands in for the browser extension's native side: answers com.lexmira.Extension1 as the
-// extension would, and com.lexmira.DevExtension1 so tests and scripts can steer it. Every call
-// of the extension's interface is appended to the record file as one JSON line. Main thread
-// only.
-class DevExtension final : public QDBusVirtualObject {
+// extension would, and com.lexmira.DevExtension1 so tests and scripts can steer it, through the
+// adaptors generated from the two contract files (export it with ExportAdaptors). Every call of
+// the extension's interface is appended to the record file as one JSON line. Main thread only.
+class DevExtension final : public QObject, protected QDBusContext {
     Q_OBJECT
+    Q_PROPERTY(QString BrowserName READ browserName)
 
 public:
     static const QString controlInterface;
@@ -59,18 +60,33 @@ public:
     DevExtension(QDBusConnection bus, Behaviour behaviour, const QString& recordPath,
                  SharedData& sharedData, QObject* parent = nullptr);
 
-    QString introspect(const QString& path) const override;
-    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
+    // com.lexmira.Extension1, called by its adaptor from the bus. Each answers after the reply
+    // delay, with the failure it was told to give if any; the return values are not the answer.
+    bool GetState();
+    void DispatchMessage(const QString& name, const QString& userInfo);
+    void ShowPreferences();
+    // The property BrowserName; it too waits for the reply delay, serving other calls meanwhile.
+    QString browserName() const;
+
+    // com.lexmira.DevExtension1, called by its adaptor from the bus.
+    void SetEnabled(bool enabled);
+    void FailNextDispatch(const QString& message);
+    void FailEveryDispatch(const QString& message);
+    void FailGetState(const QString& message);
+    void FailShowPreferences(const QString& message);
+    void ClearFailures();
+    void SetEnableAfterPreferences(int milliseconds);
+    void SetSignInOnExchange(bool enabled);
+    void SetReplyDelay(uint milliseconds);
+    void SetWrongStateType(bool wrongType);
+    void SetBrowserName(const QString& name);
+    void Quit();
 
 private:
-    QDBusMessage answerExtensionCall(const QDBusMessage& call);
-    QDBusMessage answerControlCall(const QDBusMessage& call);
-    QDBusMessage answerPropertiesCall(const QDBusMessage& call);
-    QDBusMessage dispatchMessage(const QDBusMessage& call, const QString& name,
-                                 const QString& userInfo);
+    // Answers the call being served with reply, once the reply delay has passed.
+    void answerLater(const QDBusMessage& reply);
     void signIn(const QString& userInfo);
     void record(const QDBusMessage& call, const std::optional<QString>& failure);
-    void send(const QDBusMessage& reply, std::chrono::milliseconds delay);
 
     QDBusConnection bus_;
     Behaviour behaviour_;

@@ -6,6 +6,7 @@
 
 #include "Common/EnvCommon.h"
 #include "DevExtension.h"
+#include "devextension1_interface.h"
 #include "platform/SharedSuite.h"
 #include "platform/linux/ExtensionBus.h"
 #include "shared/SharedData.h"
@@ -14,9 +15,10 @@
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
+#include <QDBusPendingReply>
 
 #include <cstdio>
+#include <functional>
 #include <map>
 
 namespace lexmira {
@@ -24,44 +26,55 @@ namespace lexmira {
 namespace {
 
 const QString defaultName = QStringLiteral("com.lexmira.companion.ext");
+constexpr int controlTimeoutMs = 10'000;
 
 void printError(const QString& text)
 {
     std::fprintf(stderr, "lexmira-dev-extension: %s\n", qUtf8Printable(text));
 }
 
+using ControlProxy = ComLexmiraDevExtension1Interface;
+
 // What a "ctl" command calls on a running peer, and the type of its one argument.
 struct ControlCommand {
-    QString method;
     enum class Argument { none, string, integer, unsignedInteger } argument;
-    // The Boolean a command without argument passes, if any.
-    std::optional<bool> fixedBoolean;
+    // Makes the call with the command's argument, converted to its type (invalid for none).
+    std::function<QDBusPendingReply<>(ControlProxy&, const QVariant&)> call;
 };
 
 const std::map<QString, ControlCommand>& controlCommands()
 {
     using A = ControlCommand::Argument;
+    using P = ControlProxy;
+    using V = QVariant;
     static const std::map<QString, ControlCommand> commands{
-        {QStringLiteral("enable"), {QStringLiteral("SetEnabled"), A::none, true}},
-        {QStringLiteral("disable"), {QStringLiteral("SetEnabled"), A::none, false}},
-        {QStringLiteral("fail-next-dispatch"), {QStringLiteral("FailNextDispatch"), A::string, {}}},
+        {QStringLiteral("enable"), {A::none, [](P& p, const V&) { return p.SetEnabled(true); }}},
+        {QStringLiteral("disable"), {A::none, [](P& p, const V&) { return p.SetEnabled(false); }}},
+        {QStringLiteral("fail-next-dispatch"),
+         {A::string, [](P& p, const V& a) { return p.FailNextDispatch(a.toString()); }}},
         {QStringLiteral("fail-every-dispatch"),
-         {QStringLiteral("FailEveryDispatch"), A::string, {}}},
-        {QStringLiteral("fail-state"), {QStringLiteral("FailGetState"), A::string, {}}},
+         {A::string, [](P& p, const V& a) { return p.FailEveryDispatch(a.toString()); }}},
+        {QStringLiteral("fail-state"),
+         {A::string, [](P& p, const V& a) { return p.FailGetState(a.toString()); }}},
         {QStringLiteral("fail-preferences"),
-         {QStringLiteral("FailShowPreferences"), A::string, {}}},
-        {QStringLiteral("clear-failures"), {QStringLiteral("ClearFailures"), A::none, {}}},
+         {A::string, [](P& p, const V& a) { return p.FailShowPreferences(a.toString()); }}},
+        {QStringLiteral("clear-failures"),
+         {A::none, [](P& p, const V&) { return p.ClearFailures(); }}},
         {QStringLiteral("enable-after-preferences"),
-         {QStringLiteral("SetEnableAfterPreferences"), A::integer, {}}},
+         {A::integer, [](P& p, const V& a) { return p.SetEnableAfterPreferences(a.toInt()); }}},
         {QStringLiteral("sign-in-on-exchange"),
-         {QStringLiteral("SetSignInOnExchange"), A::none, true}},
+         {A::none, [](P& p, const V&) { return p.SetSignInOnExchange(true); }}},
         {QStringLiteral("no-sign-in-on-exchange"),
-         {QStringLiteral("SetSignInOnExchange"), A::none, false}},
-        {QStringLiteral("reply-delay"), {QStringLiteral("SetReplyDelay"), A::unsignedInteger, {}}},
-        {QStringLiteral("wrong-state-type"), {QStringLiteral("SetWrongStateType"), A::none, true}},
-        {QStringLiteral("right-state-type"), {QStringLiteral("SetWrongStateType"), A::none, false}},
-        {QStringLiteral("browser-name"), {QStringLiteral("SetBrowserName"), A::string, {}}},
-        {QStringLiteral("quit"), {QStringLiteral("Quit"), A::none, {}}},
+         {A::none, [](P& p, const V&) { return p.SetSignInOnExchange(false); }}},
+        {QStringLiteral("reply-delay"),
+         {A::unsignedInteger, [](P& p, const V& a) { return p.SetReplyDelay(a.toUInt()); }}},
+        {QStringLiteral("wrong-state-type"),
+         {A::none, [](P& p, const V&) { return p.SetWrongStateType(true); }}},
+        {QStringLiteral("right-state-type"),
+         {A::none, [](P& p, const V&) { return p.SetWrongStateType(false); }}},
+        {QStringLiteral("browser-name"),
+         {A::string, [](P& p, const V& a) { return p.SetBrowserName(a.toString()); }}},
+        {QStringLiteral("quit"), {A::none, [](P& p, const V&) { return p.Quit(); }}},
     };
     return commands;
 }
@@ -103,31 +116,31 @@ int control(const QStringList& arguments)
                 .arg(rest.front(), needsArgument ? QStringLiteral("one") : QStringLiteral("no")));
         return 2;
     }
-    auto call = QDBusMessage::createMethodCall(name, ExtensionBus::objectPath(name),
-                                               DevExtension::controlInterface, command.method);
+    QVariant argument;
     bool numeric = true;
     switch (command.argument) {
     case A::none:
-        if (command.fixedBoolean)
-            call << *command.fixedBoolean;
         break;
     case A::string:
-        call << rest.at(1);
+        argument = rest.at(1);
         break;
     case A::integer:
-        call << rest.at(1).toInt(&numeric);
+        argument = rest.at(1).toInt(&numeric);
         break;
     case A::unsignedInteger:
-        call << rest.at(1).toUInt(&numeric);
+        argument = rest.at(1).toUInt(&numeric);
         break;
     }
     if (!numeric) {
         printError(QStringLiteral("%1 is not a number").arg(rest.at(1)));
         return 2;
     }
-    const QDBusMessage answer = QDBusConnection::sessionBus().call(call, QDBus::Block, 10'000);
-    if (answer.type() == QDBusMessage::ErrorMessage) {
-        printError(answer.errorMessage());
+    ControlProxy peer(name, ExtensionBus::objectPath(name), QDBusConnection::sessionBus());
+    peer.setTimeout(controlTimeoutMs);
+    QDBusPendingReply<> answer = command.call(peer, argument);
+    answer.waitForFinished();
+    if (answer.isError()) {
+        printError(answer.error().message());
         return 1;
     }
     return 0;
@@ -258,7 +271,8 @@ int main(int argc, char** argv)
     SharedData sharedData(suite, nullptr);
 
     DevExtension extension(bus, behaviour, parser.value(recordOption), sharedData);
-    if (!bus.registerVirtualObject(ExtensionBus::objectPath(name), &extension)) {
+    if (!bus.registerObject(ExtensionBus::objectPath(name), &extension,
+                            QDBusConnection::ExportAdaptors)) {
         qCWarning(lcDevExtension, "cannot export %s: %s",
                   qUtf8Printable(ExtensionBus::objectPath(name)),
                   qUtf8Printable(bus.lastError().message()));

@@ -3,8 +3,9 @@
 
 #include "platform/Appearance.h"
 
+#include "portal_settings_interface.h"
+
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
@@ -15,7 +16,6 @@ namespace {
 
 const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
 const QString appearanceNamespace = QStringLiteral("org.freedesktop.appearance");
 const QString colorSchemeKey = QStringLiteral("color-scheme");
 constexpr int readTimeoutMs = 5'000;
@@ -48,43 +48,44 @@ class PortalAppearance final : public Appearance {
 
 public:
     PortalAppearance()
-        : bus_(QDBusConnection::sessionBus())
+        : portal_(portalService, portalPath, QDBusConnection::sessionBus())
     {
-        if (!bus_.isConnected())
+        if (!portal_.connection().isConnected())
             return;
-        bus_.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"),
-                     this, SLOT(onSettingChanged(QDBusMessage)));
-        read(QStringLiteral("ReadOne"));
+        portal_.setTimeout(readTimeoutMs);
+        // The proxy finds its signal's argument types by name; a name the type system has not
+        // seen yet matches no signal, and the change would never arrive.
+        qRegisterMetaType<QDBusVariant>();
+        connect(&portal_, &OrgFreedesktopPortalSettingsInterface::SettingChanged, this,
+                &PortalAppearance::onSettingChanged);
+        read(Method::readOne);
     }
 
     bool isDark() const override { return dark_; }
 
-private Q_SLOTS:
-    // (s namespace, s key, v value); anything else on that signal is not ours to read.
-    void onSettingChanged(const QDBusMessage& message)
+private:
+    enum class Method { readOne, read };
+
+    void onSettingChanged(const QString& group, const QString& key, const QDBusVariant& value)
     {
-        const QVariantList arguments = message.arguments();
-        if (arguments.size() != 3 || arguments[0].toString() != appearanceNamespace ||
-            arguments[1].toString() != colorSchemeKey)
+        if (group != appearanceNamespace || key != colorSchemeKey)
             return;
-        update(isPreferDark(arguments[2]), true);
+        update(isPreferDark(QVariant::fromValue(value)), true);
     }
 
-private:
-    void read(const QString& method)
+    void read(Method method)
     {
-        auto call =
-            QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface, method);
-        call << appearanceNamespace << colorSchemeKey;
-        auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call, readTimeoutMs), this);
+        auto* watcher = new QDBusPendingCallWatcher(
+            method == Method::readOne ? portal_.ReadOne(appearanceNamespace, colorSchemeKey)
+                                      : portal_.Read(appearanceNamespace, colorSchemeKey),
+            this);
         connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, method] {
             watcher->deleteLater();
-            const QDBusPendingReply<QVariant> reply = *watcher;
+            const QDBusPendingReply<QDBusVariant> reply = *watcher;
             if (reply.isError()) {
                 // Portals before version 2 have only Read.
-                if (method == QStringLiteral("ReadOne") &&
-                    reply.error().type() == QDBusError::UnknownMethod)
-                    read(QStringLiteral("Read"));
+                if (method == Method::readOne && reply.error().type() == QDBusError::UnknownMethod)
+                    read(Method::read);
                 return;
             }
             update(isPreferDark(reply.argumentAt(0)), false);
@@ -99,7 +100,7 @@ private:
             Q_EMIT changed();
     }
 
-    QDBusConnection bus_;
+    OrgFreedesktopPortalSettingsInterface portal_;
     bool dark_ = false;
 };
 

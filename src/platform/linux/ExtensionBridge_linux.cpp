@@ -3,9 +3,12 @@
 
 #include "platform/ExtensionBridge.h"
 
+#include "extension1_interface.h"
 #include "platform/linux/ExtensionBus.h"
+#include "properties_interface.h"
 #include "util/Json.h"
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -14,6 +17,9 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <utility>
 
 namespace lexmira {
@@ -25,9 +31,19 @@ ExtensionError errorOf(const QDBusError& error)
     return ExtensionError{error.name(), error.message()};
 }
 
-// The extension's native side on the session bus, one method call per request. The bus
-// connection is shared by the whole process; each call owns its watcher, which lives in the
-// calling thread and deletes itself once it has delivered the answer.
+// A generated call checks the reply's signature itself and turns a mismatch into an
+// InvalidSignature error of its own, one that no peer sent (it has no sender). That is an answer
+// of the wrong type, not a failure of the extension.
+bool isReplyOfTheWrongType(const QDBusMessage& reply)
+{
+    return reply.type() == QDBusMessage::ErrorMessage && reply.service().isEmpty() &&
+           reply.errorName() == QDBusError::errorString(QDBusError::InvalidSignature);
+}
+
+// The extension's native side on the session bus, one method call per request through the proxies
+// generated from its contract file. The bus connection is shared by the whole process; each call
+// owns its watcher, which lives in the calling thread and deletes itself once it has delivered
+// the answer.
 class DBusExtensionBridge final : public ExtensionBridge {
 public:
     explicit DBusExtensionBridge(std::chrono::milliseconds timeout)
@@ -53,7 +69,7 @@ public:
             }
             userInfoText = QString::fromUtf8(*bytes);
         }
-        call(extensionIdentifier, ExtensionBus::dispatchMessageMethod, {name, userInfoText},
+        send(extension(extensionIdentifier).DispatchMessage(name, userInfoText),
              [completion = std::move(completion)](const QDBusMessage& reply) {
                  if (reply.type() == QDBusMessage::ErrorMessage)
                      completion(errorOf(QDBusError(reply)));
@@ -64,8 +80,12 @@ public:
 
     void getState(const QString& extensionIdentifier, StateCompletion completion) override
     {
-        call(extensionIdentifier, ExtensionBus::getStateMethod, {},
+        send(extension(extensionIdentifier).GetState(),
              [completion = std::move(completion)](const QDBusMessage& reply) {
+                 if (isReplyOfTheWrongType(reply)) {
+                     completion(std::nullopt, std::nullopt);
+                     return;
+                 }
                  if (reply.type() == QDBusMessage::ErrorMessage) {
                      completion(std::nullopt, errorOf(QDBusError(reply)));
                      return;
@@ -81,7 +101,7 @@ public:
 
     void showPreferences(const QString& extensionIdentifier, Completion completion) override
     {
-        call(extensionIdentifier, ExtensionBus::showPreferencesMethod, {},
+        send(extension(extensionIdentifier).ShowPreferences(),
              [completion = std::move(completion)](const QDBusMessage& reply) {
                  if (reply.type() == QDBusMessage::ErrorMessage)
                      completion(errorOf(QDBusError(reply)));
@@ -93,12 +113,10 @@ public:
     void getBrowserName(const QString& extensionIdentifier,
                         BrowserNameCompletion completion) override
     {
-        auto message = QDBusMessage::createMethodCall(
-            extensionIdentifier, ExtensionBus::objectPath(extensionIdentifier),
-            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-        message.setArguments({ExtensionBus::interfaceName, ExtensionBus::browserNameProperty});
-        const auto timeout = std::min(timeout_, browserNameTimeout);
-        send(message, timeout, [completion = std::move(completion)](const QDBusMessage& reply) {
+        const auto pending =
+            properties(extensionIdentifier)
+                .Get(ExtensionBus::interfaceName, ExtensionBus::browserNameProperty);
+        send(pending, [completion = std::move(completion)](const QDBusMessage& reply) {
             // Get answers one variant holding the string; anything else is no name.
             const QVariantList arguments = reply.arguments();
             if (reply.type() != QDBusMessage::ReplyMessage || arguments.size() != 1) {
@@ -111,23 +129,11 @@ public:
     }
 
 private:
-    // Sends one call and hands its answer (the reply, or an error message: from the peer, from
-    // the bus, or NoReply after the time-out) to answered, on the calling thread's event loop.
-    void call(const QString& extensionIdentifier, const QString& method,
-              const QVariantList& arguments, std::function<void(const QDBusMessage&)> answered)
-    {
-        auto message = QDBusMessage::createMethodCall(extensionIdentifier,
-                                                      ExtensionBus::objectPath(extensionIdentifier),
-                                                      ExtensionBus::interfaceName, method);
-        message.setArguments(arguments);
-        send(message, timeout_, std::move(answered));
-    }
-
-    static void send(const QDBusMessage& message, std::chrono::milliseconds timeout,
+    // Hands the answer of one call (the reply, or an error message: from the peer, from the bus,
+    // or NoReply after the time-out) to answered, on the calling thread's event loop.
+    static void send(const QDBusPendingCall& pending,
                      std::function<void(const QDBusMessage&)> answered)
     {
-        const QDBusPendingCall pending =
-            QDBusConnection::sessionBus().asyncCall(message, int(timeout.count()));
         // A call that failed at once (no bus, an invalid name) is finished already; the watcher
         // still reports it from the event loop, never from inside this call.
         auto* watcher = new QDBusPendingCallWatcher(pending);
@@ -138,7 +144,46 @@ private:
                          });
     }
 
+    // The proxies of one extension identifier, each made on its first use and kept for the
+    // bridge's life, with the time-out of the calls it makes. Making one asks the bus daemon
+    // once for the name's owner, which the proxy then follows; the calls themselves are
+    // asynchronous and may come from any thread. The proxies live in the main thread, where the
+    // bridge is destroyed.
+    struct Proxies {
+        std::unique_ptr<ComLexmiraExtension1Interface> extension;
+        std::unique_ptr<OrgFreedesktopDBusPropertiesInterface> properties;
+    };
+
+    ComLexmiraExtension1Interface& extension(const QString& identifier)
+    {
+        const std::lock_guard lock(mutex_);
+        return proxy(proxies_[identifier].extension, identifier, timeout_);
+    }
+
+    OrgFreedesktopDBusPropertiesInterface& properties(const QString& identifier)
+    {
+        const std::lock_guard lock(mutex_);
+        return proxy(proxies_[identifier].properties, identifier,
+                     std::min(timeout_, browserNameTimeout));
+    }
+
+    template <typename Proxy>
+    static Proxy& proxy(std::unique_ptr<Proxy>& made, const QString& identifier,
+                        std::chrono::milliseconds timeout)
+    {
+        if (!made) {
+            made = std::make_unique<Proxy>(identifier, ExtensionBus::objectPath(identifier),
+                                           QDBusConnection::sessionBus());
+            made->setTimeout(int(timeout.count()));
+            if (const auto* application = QCoreApplication::instance())
+                made->moveToThread(application->thread());
+        }
+        return *made;
+    }
+
     std::chrono::milliseconds timeout_;
+    std::mutex mutex_;
+    std::map<QString, Proxies> proxies_;
 };
 
 } // namespace

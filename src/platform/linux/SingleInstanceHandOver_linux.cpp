@@ -3,8 +3,11 @@
 
 #include "platform/SingleInstance.h"
 
+#include "platform/linux/ApplicationBus.h"
+
 #include <systemd/sd-bus.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -12,15 +15,13 @@
 // The hand-over a later launch makes before it loads anything of the user interface: one call
 // on a connection of its own, so that a launch that finds the instance running costs about what
 // any process making one bus call costs. The instance's side and its contract are in
-// SingleInstance_linux.cpp; this mirrors the calls forward() makes there.
+// SingleInstance_linux.cpp and dbus/org.freedesktop.Application.xml; forward() makes its calls
+// through here too.
 
 namespace lexmira {
 
 namespace {
 
-constexpr const char* serviceName = "com.lexmira.companion";
-constexpr const char* objectPath = "/com/lexmira/companion";
-constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* serviceUnknown = "org.freedesktop.DBus.Error.ServiceUnknown";
 constexpr const char* nameHasNoOwner = "org.freedesktop.DBus.Error.NameHasNoOwner";
 constexpr std::uint64_t handOverTimeoutUs = 10'000'000;
@@ -55,15 +56,41 @@ int appendPlatformData(sd_bus_message* message, const LaunchActivation& launch)
 {
     int r = sd_bus_message_open_container(message, SD_BUS_TYPE_ARRAY, "{sv}");
     if (r >= 0)
-        r = appendToken(message, "desktop-startup-id", launch.startupId);
+        r = appendToken(message, ApplicationBus::startupIdKey, launch.startupId);
     if (r >= 0)
-        r = appendToken(message, "activation-token", launch.activationToken);
+        r = appendToken(message, ApplicationBus::activationTokenKey, launch.activationToken);
     if (r >= 0)
         r = sd_bus_message_close_container(message);
     return r;
 }
 
 } // namespace
+
+int ApplicationBus::newHandOverCall(sd_bus* bus, const std::optional<QString>& url,
+                                    const LaunchActivation& launch, sd_bus_message** call)
+{
+    const Method& method = url ? open : activate;
+    sd_bus_message* created = nullptr;
+    int r = sd_bus_message_new_method_call(bus, &created, serviceName, objectPath, interfaceName,
+                                           method.name);
+    if (r < 0)
+        return r;
+    Message message(created);
+    // The bus must not start an instance for this call: a launch that finds none becomes it.
+    r = sd_bus_message_set_auto_start(message.get(), 0);
+    if (r >= 0 && url)
+        r = sd_bus_message_append(message.get(), "as", 1, url->toUtf8().constData());
+    if (r >= 0)
+        r = appendPlatformData(message.get(), launch);
+    if (r < 0)
+        return r;
+    // A call that does not carry what the method takes is never sent.
+    const char* signature = sd_bus_message_get_signature(message.get(), 1);
+    if (!signature || std::strcmp(signature, method.signature) != 0)
+        return -EINVAL;
+    *call = message.release();
+    return 0;
+}
 
 std::optional<bool> SingleInstance::handOverIfRunning(const std::optional<QString>& url,
                                                       const LaunchActivation& launch)
@@ -74,22 +101,13 @@ std::optional<bool> SingleInstance::handOverIfRunning(const std::optional<QStrin
     const Bus bus(opened);
 
     sd_bus_message* created = nullptr;
-    if (sd_bus_message_new_method_call(bus.get(), &created, serviceName, objectPath,
-                                       applicationInterface, url ? "Open" : "Activate") < 0)
+    if (ApplicationBus::newHandOverCall(bus.get(), url, launch, &created) < 0)
         return std::nullopt;
     const Message call(created);
-    // The bus must not start an instance for this call: a launch that finds none becomes it.
-    int r = sd_bus_message_set_auto_start(call.get(), 0);
-    if (r >= 0 && url)
-        r = sd_bus_message_append(call.get(), "as", 1, url->toUtf8().constData());
-    if (r >= 0)
-        r = appendPlatformData(call.get(), launch);
-    if (r < 0)
-        return std::nullopt;
 
     sd_bus_error error = SD_BUS_ERROR_NULL;
     sd_bus_message* reply = nullptr;
-    r = sd_bus_call(bus.get(), call.get(), handOverTimeoutUs, &error, &reply);
+    int r = sd_bus_call(bus.get(), call.get(), handOverTimeoutUs, &error, &reply);
     sd_bus_message_unref(reply);
     if (r >= 0)
         return true;

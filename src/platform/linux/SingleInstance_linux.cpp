@@ -3,11 +3,13 @@
 
 #include "platform/SingleInstance.h"
 
+#include "application_adaptor.h"
 #include "platform/PlatformLog.h"
+#include "platform/linux/ApplicationBus.h"
+#include "platform/linux/ApplicationObject.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QVariantMap>
@@ -18,17 +20,16 @@ namespace lexmira {
 
 namespace {
 
-const QString serviceName = QStringLiteral("com.lexmira.companion");
-const QString objectPath = QStringLiteral("/com/lexmira/companion");
-const QString applicationInterface = QStringLiteral("org.freedesktop.Application");
+const QString serviceName = QString::fromLatin1(ApplicationBus::serviceName);
+const QString objectPath = QString::fromLatin1(ApplicationBus::objectPath);
 
 void printError(const QString& text)
 {
     qCWarning(lcBus, "%s", qUtf8Printable(text));
 }
 
-const QString startupIdKey = QStringLiteral("desktop-startup-id");
-const QString activationTokenKey = QStringLiteral("activation-token");
+const QString startupIdKey = QString::fromLatin1(ApplicationBus::startupIdKey);
+const QString activationTokenKey = QString::fromLatin1(ApplicationBus::activationTokenKey);
 
 // A token another process sent: printable ASCII without spaces, of bounded length, or nothing.
 // It is written into window properties and startup-notification messages as it is.
@@ -53,41 +54,29 @@ LaunchActivation launchActivation(const QVariantMap& platformData)
 
 } // namespace
 
-// org.freedesktop.Application on the instance's object. Calls arrive on the main thread.
-class ApplicationObject final : public QObject, protected QDBusContext {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
+ApplicationObject::ApplicationObject(SingleInstance* instance)
+    : QObject(instance)
+    , instance_(instance)
+{
+}
 
-public:
-    explicit ApplicationObject(SingleInstance* instance)
-        : QObject(instance)
-        , instance_(instance)
-    {
-    }
+void ApplicationObject::Activate(const QVariantMap& platformData)
+{
+    Q_EMIT instance_->activateRequested(launchActivation(platformData));
+}
 
-public Q_SLOTS:
-    void Activate(const QVariantMap& platformData)
-    {
-        Q_EMIT instance_->activateRequested(launchActivation(platformData));
-    }
+void ApplicationObject::Open(const QStringList& uris, const QVariantMap& platformData)
+{
+    Q_EMIT instance_->openRequested(uris, launchActivation(platformData));
+}
 
-    void Open(const QStringList& uris, const QVariantMap& platformData)
-    {
-        Q_EMIT instance_->openRequested(uris, launchActivation(platformData));
-    }
-
-    // The application offers no actions.
-    void ActivateAction(const QString& actionName, const QVariantList& parameter,
-                        const QVariantMap& platformData)
-    {
-        Q_UNUSED(parameter);
-        Q_UNUSED(platformData);
-        sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("Unknown action: ") + actionName);
-    }
-
-private:
-    SingleInstance* instance_;
-};
+void ApplicationObject::ActivateAction(const QString& actionName, const QVariantList& parameter,
+                                       const QVariantMap& platformData)
+{
+    Q_UNUSED(parameter);
+    Q_UNUSED(platformData);
+    sendErrorReply(QDBusError::InvalidArgs, QStringLiteral("Unknown action: ") + actionName);
+}
 
 namespace {
 
@@ -115,8 +104,9 @@ public:
             return Role::standalone;
         }
         // Export first, so a request that arrives the moment the name is ours finds the object.
-        bus_.registerObject(objectPath, applicationInterface, new ApplicationObject(this),
-                            QDBusConnection::ExportAllSlots);
+        auto* object = new ApplicationObject(this);
+        new ApplicationAdaptor(object);
+        bus_.registerObject(objectPath, object, QDBusConnection::ExportAdaptors);
         const QDBusReply<QDBusConnectionInterface::RegisterServiceReply> reply =
             bus_.interface()->registerService(serviceName,
                                               QDBusConnectionInterface::DontQueueService,
@@ -154,5 +144,3 @@ std::unique_ptr<SingleInstance> SingleInstance::create()
 }
 
 } // namespace lexmira
-
-#include "SingleInstance_linux.moc"

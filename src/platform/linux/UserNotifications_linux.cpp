@@ -3,8 +3,9 @@
 
 #include "platform/UserNotifications.h"
 
+#include "notifications_interface.h"
+
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QSet>
@@ -16,7 +17,6 @@ namespace {
 
 const QString service = QStringLiteral("org.freedesktop.Notifications");
 const QString path = QStringLiteral("/org/freedesktop/Notifications");
-const QString interface = QStringLiteral("org.freedesktop.Notifications");
 const QString desktopEntry = QStringLiteral("com.lexmira.companion");
 const QString defaultSoundName = QStringLiteral("message-new-instant");
 constexpr int callTimeoutMs = 10'000;
@@ -29,29 +29,29 @@ class FreedesktopNotifications final : public UserNotifications {
 
 public:
     explicit FreedesktopNotifications(QString applicationName)
-        : bus_(QDBusConnection::sessionBus())
+        : server_(service, path, QDBusConnection::sessionBus())
         , applicationName_(std::move(applicationName))
     {
-        if (bus_.isConnected())
-            bus_.connect(service, path, interface, QStringLiteral("ActionInvoked"), this,
-                         SLOT(onActionInvoked(uint, QString)));
+        server_.setTimeout(callTimeoutMs);
+        if (server_.connection().isConnected())
+            connect(&server_, &OrgFreedesktopNotificationsInterface::ActionInvoked, this,
+                    &FreedesktopNotifications::onActionInvoked);
     }
 
     void deliver(const UserNotification& notification) override
     {
-        if (!bus_.isConnected())
+        if (!server_.connection().isConnected())
             return;
         QVariantMap hints{{QStringLiteral("desktop-entry"), desktopEntry}};
         if (notification.defaultSound)
             hints.insert(QStringLiteral("sound-name"), defaultSoundName);
-        auto call =
-            QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Notify"));
-        call << applicationName_ << uint(0) << QString() << notification.title
-             << notification.informativeText
-             << QStringList{QStringLiteral("default"), notification.actionButtonTitle,
-                            QStringLiteral("open"), notification.actionButtonTitle}
-             << hints << neverExpires;
-        auto* watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call, callTimeoutMs), this);
+        auto* watcher = new QDBusPendingCallWatcher(
+            server_.Notify(applicationName_, 0, QString(), notification.title,
+                           notification.informativeText,
+                           {QStringLiteral("default"), notification.actionButtonTitle,
+                            QStringLiteral("open"), notification.actionButtonTitle},
+                           hints, neverExpires),
+            this);
         connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
             watcher->deleteLater();
             const QDBusPendingReply<uint> reply = *watcher;
@@ -60,7 +60,7 @@ public:
         });
     }
 
-private Q_SLOTS:
+private:
     void onActionInvoked(uint id, const QString& actionKey)
     {
         if (!delivered_.contains(id))
@@ -69,8 +69,7 @@ private Q_SLOTS:
             Q_EMIT activated();
     }
 
-private:
-    QDBusConnection bus_;
+    OrgFreedesktopNotificationsInterface server_;
     QString applicationName_;
     QSet<uint> delivered_;
 };
