@@ -5,6 +5,7 @@
 
 #include "platform/linux/ExtensionBus.h"
 #include "util/Json.h"
+#include "util/ThreadHandOff.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -27,7 +28,8 @@ ExtensionError errorOf(const QDBusError& error)
 
 // The extension's native side on the session bus, one method call per request. The bus
 // connection is shared by the whole process; each call owns its watcher, which lives in the
-// calling thread and deletes itself once it has delivered the answer.
+// calling thread and deletes itself once it has handed the answer on to the completion's
+// context.
 class DBusExtensionBridge final : public ExtensionBridge {
 public:
     explicit DBusExtensionBridge(std::chrono::milliseconds timeout)
@@ -36,25 +38,30 @@ public:
     }
 
     void dispatchMessage(const QString& name, const QString& extensionIdentifier,
-                         const std::optional<nlohmann::ordered_json>& userInfo,
+                         const std::optional<nlohmann::ordered_json>& userInfo, QObject* context,
                          Completion completion) override
     {
+        auto complete = deliverTo(context, std::move(completion));
         // No user info travels as the empty string; any user info as one JSON object.
         QString userInfoText;
         if (userInfo) {
             const auto bytes = Json::encode(*userInfo);
             if (!bytes) {
-                QTimer::singleShot(0, [completion = std::move(completion)] {
-                    completion(ExtensionError{
-                        QStringLiteral("com.lexmira.Companion.Error.InvalidUserInfo"),
-                        QStringLiteral("The message to the extension could not be encoded.")});
-                });
+                ExtensionError invalid{
+                    QStringLiteral("com.lexmira.Companion.Error.InvalidUserInfo"),
+                    QStringLiteral("The message to the extension could not be encoded.")};
+                if (context) {
+                    complete(std::move(invalid));
+                    return;
+                }
+                QTimer::singleShot(0, [complete = std::move(complete),
+                                       invalid = std::move(invalid)] { complete(invalid); });
                 return;
             }
             userInfoText = QString::fromUtf8(*bytes);
         }
         call(extensionIdentifier, ExtensionBus::dispatchMessageMethod, {name, userInfoText},
-             [completion = std::move(completion)](const QDBusMessage& reply) {
+             [completion = std::move(complete)](const QDBusMessage& reply) {
                  if (reply.type() == QDBusMessage::ErrorMessage)
                      completion(errorOf(QDBusError(reply)));
                  else
@@ -62,10 +69,11 @@ public:
              });
     }
 
-    void getState(const QString& extensionIdentifier, StateCompletion completion) override
+    void getState(const QString& extensionIdentifier, QObject* context,
+                  StateCompletion completion) override
     {
         call(extensionIdentifier, ExtensionBus::getStateMethod, {},
-             [completion = std::move(completion)](const QDBusMessage& reply) {
+             [completion = deliverTo(context, std::move(completion))](const QDBusMessage& reply) {
                  if (reply.type() == QDBusMessage::ErrorMessage) {
                      completion(std::nullopt, errorOf(QDBusError(reply)));
                      return;
@@ -79,10 +87,11 @@ public:
              });
     }
 
-    void showPreferences(const QString& extensionIdentifier, Completion completion) override
+    void showPreferences(const QString& extensionIdentifier, QObject* context,
+                         Completion completion) override
     {
         call(extensionIdentifier, ExtensionBus::showPreferencesMethod, {},
-             [completion = std::move(completion)](const QDBusMessage& reply) {
+             [completion = deliverTo(context, std::move(completion))](const QDBusMessage& reply) {
                  if (reply.type() == QDBusMessage::ErrorMessage)
                      completion(errorOf(QDBusError(reply)));
                  else
@@ -90,7 +99,7 @@ public:
              });
     }
 
-    void getBrowserName(const QString& extensionIdentifier,
+    void getBrowserName(const QString& extensionIdentifier, QObject* context,
                         BrowserNameCompletion completion) override
     {
         auto message = QDBusMessage::createMethodCall(
@@ -98,19 +107,31 @@ public:
             QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
         message.setArguments({ExtensionBus::interfaceName, ExtensionBus::browserNameProperty});
         const auto timeout = std::min(timeout_, browserNameTimeout);
-        send(message, timeout, [completion = std::move(completion)](const QDBusMessage& reply) {
-            // Get answers one variant holding the string; anything else is no name.
-            const QVariantList arguments = reply.arguments();
-            if (reply.type() != QDBusMessage::ReplyMessage || arguments.size() != 1) {
-                completion(QString());
-                return;
-            }
-            const QVariant value = arguments.front().value<QDBusVariant>().variant();
-            completion(value.typeId() == QMetaType::QString ? value.toString() : QString());
-        });
+        send(message, timeout,
+             [completion = deliverTo(context, std::move(completion))](const QDBusMessage& reply) {
+                 // Get answers one variant holding the string; anything else is no name.
+                 const QVariantList arguments = reply.arguments();
+                 if (reply.type() != QDBusMessage::ReplyMessage || arguments.size() != 1) {
+                     completion(QString());
+                     return;
+                 }
+                 const QVariant value = arguments.front().value<QDBusVariant>().variant();
+                 completion(value.typeId() == QMetaType::QString ? value.toString() : QString());
+             });
     }
 
 private:
+    // The completion as the caller's context receives it: queued to context's thread and dropped
+    // once context is gone; without a context, as it is.
+    template <class... Args>
+    static std::function<void(Args...)> deliverTo(QObject* context,
+                                                  std::function<void(Args...)> completion)
+    {
+        if (!context)
+            return completion;
+        return ThreadHandOff::bind(context, std::move(completion));
+    }
+
     // Sends one call and hands its answer (the reply, or an error message: from the peer, from
     // the bus, or NoReply after the time-out) to answered, on the calling thread's event loop.
     void call(const QString& extensionIdentifier, const QString& method,
