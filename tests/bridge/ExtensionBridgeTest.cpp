@@ -6,6 +6,7 @@
 #include "support/DevExtensionPeer.h"
 #include "support/TestSupport.h"
 #include "util/Json.h"
+#include "util/ThreadHandOff.h"
 
 #include <gtest/gtest.h>
 
@@ -16,6 +17,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <future>
 #include <mutex>
 
 namespace lexmira {
@@ -468,8 +470,14 @@ public:
     {
         if (!context_)
             return;
-        QMetaObject::invokeMethod(
-            home_, [this] { delete context_; }, Qt::BlockingQueuedConnection);
+        // Waited for through a promise, which the sanitizer sees, rather than a blocking queued
+        // call inside Qt, which it does not.
+        std::promise<void> deleted;
+        ThreadHandOff::queue(home_, [this, &deleted] {
+            delete context_;
+            deleted.set_value();
+        });
+        deleted.get_future().wait();
         context_ = nullptr;
     }
 

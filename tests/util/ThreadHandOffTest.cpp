@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QThread>
 
+#include <future>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -62,10 +63,16 @@ public:
     QObject* context() const { return context_; }
     QThread* thread() { return &thread_; }
 
-    // Runs work on the worker thread and returns once it has run.
+    // Runs work on the worker thread and returns once it has run. The way back is a promise, which
+    // the sanitizer sees, rather than a blocking queued call inside Qt, which it does not.
     void runThere(const std::function<void()>& work)
     {
-        QMetaObject::invokeMethod(home_, work, Qt::BlockingQueuedConnection);
+        std::promise<void> done;
+        ThreadHandOff::queue(home_, [&] {
+            work();
+            done.set_value();
+        });
+        done.get_future().wait();
     }
     // Destroys the context on its thread, right after before has run there.
     void destroyContext(const std::function<void()>& before = {})
