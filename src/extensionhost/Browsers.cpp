@@ -77,10 +77,4 @@ QString Browsers::settingsPageUrl(BrowserFamily family, const QString& extension
     return QStringLiteral("chrome://extensions/?id=") + extensionId;
 }
 
-QString Browsers::familyName(BrowserFamily family)
-{
-    return family == BrowserFamily::Firefox ? QStringLiteral("firefox")
-                                            : QStringLiteral("chromium");
-}
-
 } // namespace lexmira

@@ -38,8 +38,6 @@ public:
 
     // The page that shows the extension's settings in a browser of that family.
     static QString settingsPageUrl(BrowserFamily family, const QString& extensionId);
-
-    static QString familyName(BrowserFamily family);
 };
 
 } // namespace lexmira
