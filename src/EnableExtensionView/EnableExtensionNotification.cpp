@@ -7,9 +7,7 @@
 #include "bridge/BrowserName.h"
 #include "platform/ExtensionBridge.h"
 #include "platform/UserNotifications.h"
-#include "util/FutureFunc.h"
 
-#include <QPointer>
 #include <QTimer>
 
 namespace lexmira {
@@ -44,29 +42,21 @@ EnableExtensionNotification::EnableExtensionNotification(
 
 void EnableExtensionNotification::check()
 {
-    bridge_.getState(
-        extensionIdentifier_,
-        [self = QPointer(this)](std::optional<bool> enabled, std::optional<ExtensionError> error) {
-            FutureFunc::onMain([self, enabled, error] {
-                // Only a state that came back and says disabled earns a reminder.
-                if (!self || error || !enabled || *enabled)
-                    return;
-                self->remind();
-            });
-        });
+    bridge_.getState(extensionIdentifier_, this,
+                     [this](std::optional<bool> enabled, std::optional<ExtensionError> error) {
+                         // Only a state that came back and says disabled earns a reminder.
+                         if (error || !enabled || *enabled)
+                             return;
+                         remind();
+                     });
 }
 
 void EnableExtensionNotification::remind()
 {
     // The text names the browser the extension runs in, as its side reports it now.
-    bridge_.getBrowserName(extensionIdentifier_, [self = QPointer(this)](QString browserName) {
-        FutureFunc::onMain([self, browserName = std::move(browserName)] {
-            if (!self)
-                return;
-            self->notifications_.deliver({tr(reminderTitle),
-                                          BrowserName::in(tr(reminderText), browserName),
-                                          tr(reminderAction), true});
-        });
+    bridge_.getBrowserName(extensionIdentifier_, this, [this](QString browserName) {
+        notifications_.deliver({tr(reminderTitle), BrowserName::in(tr(reminderText), browserName),
+                                tr(reminderAction), true});
     });
 }
 

@@ -12,7 +12,6 @@
 #include "platform/Appearance.h"
 #include "platform/ExtensionBridge.h"
 #include "shared/SharedData.h"
-#include "util/FutureFunc.h"
 
 #include <QApplication>
 #include <QImageReader>
@@ -283,12 +282,8 @@ void EnableExtensionView::showAnimation(QWidget* panel)
 
 void EnableExtensionView::refreshBrowserName()
 {
-    deps_.bridge.getBrowserName(deps_.extensionIdentifier, [view = QPointer(this)](QString name) {
-        FutureFunc::onMain([view, name = std::move(name)] {
-            if (view)
-                view->setBrowserName(name);
-        });
-    });
+    deps_.bridge.getBrowserName(deps_.extensionIdentifier, this,
+                                [this](QString name) { setBrowserName(name); });
 }
 
 void EnableExtensionView::setBrowserName(const QString& name)
@@ -306,17 +301,13 @@ void EnableExtensionView::setBrowserName(const QString& name)
 
 void EnableExtensionView::pollState(std::shared_ptr<bool> logOnce)
 {
-    deps_.bridge.getState(deps_.extensionIdentifier, [view = QPointer(this), logOnce](
-                                                         std::optional<bool> enabled,
-                                                         std::optional<ExtensionError> error) {
-        FutureFunc::onMain([view, logOnce, enabled, error] {
-            if (!view)
-                return;
-            view->showStateResult(error ? std::optional<bool>() : enabled,
-                                  error ? std::optional(error->localizedDescription) : std::nullopt,
-                                  logOnce);
+    deps_.bridge.getState(
+        deps_.extensionIdentifier, this,
+        [this, logOnce](std::optional<bool> enabled, std::optional<ExtensionError> error) {
+            showStateResult(error ? std::optional<bool>() : enabled,
+                            error ? std::optional(error->localizedDescription) : std::nullopt,
+                            logOnce);
         });
-    });
 }
 
 void EnableExtensionView::showStateResult(std::optional<bool> enabled, std::optional<QString> error,
@@ -371,22 +362,20 @@ void EnableExtensionView::openSafari()
     openSafariButton_->setEnabled(false);
     sendCompanionMessage(
         deps_.bridge, deps_.extensionIdentifier, CompanionMessage::openSafari, std::nullopt,
-        deps_.skrivo, CompanionLogger::openSafari,
-        [view = QPointer(this), button = openSafariButton_](std::optional<ExtensionError> error) {
-            if (!view)
-                return;
+        deps_.skrivo, CompanionLogger::openSafari, this,
+        [this, button = openSafariButton_](std::optional<ExtensionError> error) {
             if (!error) {
-                view->deps_.terminate();
+                deps_.terminate();
                 return;
             }
-            view->deps_.alerts.runModal({BrowserName::in(tr(openSafariFailure), view->browserName_),
-                                         error->localizedDescription,
-                                         Alert::Style::critical,
-                                         {tr(okTitle)}});
+            deps_.alerts.runModal({BrowserName::in(tr(openSafariFailure), browserName_),
+                                   error->localizedDescription,
+                                   Alert::Style::critical,
+                                   {tr(okTitle)}});
             if (button)
                 button->setEnabled(true);
-            view->deps_.skrivo.log(CompanionLogger::openSafari, LogLevel::error,
-                                   openSafariLogPrefix + error->localizedDescription.toStdString());
+            deps_.skrivo.log(CompanionLogger::openSafari, LogLevel::error,
+                             openSafariLogPrefix + error->localizedDescription.toStdString());
         });
 }
 

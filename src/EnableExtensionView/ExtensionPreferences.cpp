@@ -5,7 +5,6 @@
 
 #include "platform/AlertPresenter.h"
 #include "platform/ExtensionBridge.h"
-#include "util/FutureFunc.h"
 
 #include <QCoreApplication>
 
@@ -38,9 +37,9 @@ ExtensionPreferences::ExtensionPreferences(ExtensionBridge& bridge, QString exte
 
 void ExtensionPreferences::open(std::function<void()> completed)
 {
-    bridge_.showPreferences(extensionIdentifier_, [this, completed = std::move(completed)](
-                                                      std::optional<ExtensionError> error) {
-        FutureFunc::onMain([this, completed, error] {
+    bridge_.showPreferences(
+        extensionIdentifier_, this,
+        [this, completed = std::move(completed)](std::optional<ExtensionError> error) {
             if (error) {
                 alerts_.runModal({translated(failureMessage),
                                   error->localizedDescription,
@@ -52,7 +51,6 @@ void ExtensionPreferences::open(std::function<void()> completed)
             if (completed)
                 completed();
         });
-    });
 }
 
 } // namespace lexmira

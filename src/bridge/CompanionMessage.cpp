@@ -3,7 +3,7 @@
 
 #include "bridge/CompanionMessage.h"
 
-#include "util/FutureFunc.h"
+#include "util/ThreadHandOff.h"
 
 #include <string>
 #include <utility>
@@ -33,14 +33,19 @@ void sendCompanionMessage(ExtensionBridge& bridge, const QString& extensionIdent
                           CompanionMessage message,
                           const std::optional<nlohmann::ordered_json>& userInfo,
                           const Skrivo& skrivo, std::optional<CompanionLogger> logger,
+                          QObject* context,
                           std::function<void(std::optional<ExtensionError> error)> reaction)
 {
     const std::string_view name = rawValue(message);
+    // No context for the bridge: the log record is posted from wherever the answer arrives, and
+    // only the reaction travels to the sender's thread.
     bridge.dispatchMessage(
         QString::fromLatin1(name.data(), qsizetype(name.size())), extensionIdentifier, userInfo,
-        [skrivo, logger, reaction = std::move(reaction)](std::optional<ExtensionError> error) {
-            if (reaction)
-                FutureFunc::onMain([reaction, error] { reaction(error); });
+        nullptr,
+        [skrivo, logger, react = ThreadHandOff::bind(context, std::move(reaction))](
+            std::optional<ExtensionError> error) {
+            if (react)
+                react(error);
             if (error && logger)
                 skrivo.log(*logger, LogLevel::error,
                            std::string(continueFailurePrefix) +

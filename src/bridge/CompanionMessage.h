@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <QObject>
 #include <QString>
 
 #include <functional>
@@ -25,15 +26,17 @@ std::string_view rawValue(CompanionMessage message);
 // record that accompanies the message first (the extension, woken by the message, reads it),
 // then calls this. userInfo none sends no user info at all.
 //
-// When the dispatch fails and logger is given, one record "Could not continue to extension: "
-// followed by the error's description goes to skrivo at level error, under logger, from the
-// thread the bridge completes on. reaction is the sender's own response: it runs on the main
-// thread, asynchronously, with the error or none, and is scheduled before the log record is
+// The bridge completes on a thread of its own choosing. When the dispatch fails and logger is
+// given, one record "Could not continue to extension: " followed by the error's description goes
+// to skrivo at level error, under logger, from that thread. reaction is the sender's own
+// response: it runs on context's thread (the sender's, the main thread), asynchronously, with the
+// error or none, and not at all once context is gone; it is scheduled before the log record is
 // posted. Nothing is retried. Call from the main thread.
 void sendCompanionMessage(ExtensionBridge& bridge, const QString& extensionIdentifier,
                           CompanionMessage message,
                           const std::optional<nlohmann::ordered_json>& userInfo,
                           const Skrivo& skrivo, std::optional<CompanionLogger> logger,
+                          QObject* context,
                           std::function<void(std::optional<ExtensionError> error)> reaction);
 
 } // namespace lexmira

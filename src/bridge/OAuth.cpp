@@ -9,7 +9,6 @@
 #include "platform/AlertPresenter.h"
 #include "platform/ExtensionBridge.h"
 #include "shared/SharedData.h"
-#include "util/FutureFunc.h"
 
 #include <QCoreApplication>
 
@@ -25,7 +24,6 @@ OAuth::OAuth(bool shouldAutoOpenLoginTab, Skrivo skrivo, std::string extensionBu
     , bridge_(bridge)
     , sharedData_(sharedData)
     , alerts_(alerts)
-    , self_(std::make_shared<OAuth*>(this))
 {
 }
 
@@ -49,23 +47,13 @@ void OAuth::handleGetURL(const std::optional<QString>& url)
     }
     sendCompanionMessage(
         bridge_, QString::fromStdString(extensionBundleIdentifier), CompanionMessage::oauthExchange,
-        userInfo, skrivo, CompanionLogger::oauthHandleUrl,
-        [self = std::weak_ptr<OAuth*>(self_)](std::optional<ExtensionError> error) {
+        userInfo, skrivo, CompanionLogger::oauthHandleUrl, this,
+        [this](std::optional<ExtensionError> error) {
             if (!error)
                 return;
-            const auto alive = self.lock();
-            if (!alive)
-                return;
-            OAuth& oauth = **alive;
             // The alert names the browser the extension runs in, as its side reports it now.
-            oauth.bridge_.getBrowserName(QString::fromStdString(oauth.extensionBundleIdentifier),
-                                         [self](QString browserName) {
-                                             FutureFunc::onMain(
-                                                 [self, browserName = std::move(browserName)] {
-                                                     if (const auto alive = self.lock())
-                                                         (*alive)->showFailureAlert(browserName);
-                                                 });
-                                         });
+            bridge_.getBrowserName(QString::fromStdString(extensionBundleIdentifier), this,
+                                   [this](QString browserName) { showFailureAlert(browserName); });
         });
 }
 
@@ -74,6 +62,7 @@ void OAuth::oauthOpenLoginTab(std::function<void(bool delivered)> completion)
     sharedData_.oauthOpenLoginTabMessage.setValue(true);
     sendCompanionMessage(bridge_, QString::fromStdString(extensionBundleIdentifier),
                          CompanionMessage::oauthOpenLoginTab, std::nullopt, skrivo, std::nullopt,
+                         this,
                          [completion = std::move(completion)](std::optional<ExtensionError> error) {
                              if (completion)
                                  completion(!error);

@@ -6,8 +6,9 @@
 #include "logging/Skrivo.h"
 #include "platform/GetUrlHandler.h"
 
+#include <QObject>
+
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -19,8 +20,9 @@ class SharedData;
 
 // The sign-in hand-off: takes the callback URL of the web sign-in, stores the code and the
 // challenge in the shared suite and passes them to the extension, which completes the sign-in.
-// Also asks the extension to open its login tab. Main thread only.
-class OAuth final : public GetUrlHandler {
+// Also asks the extension to open its login tab. Main thread only. Answers from the extension are
+// bound to this object: those that arrive after it is gone are dropped.
+class OAuth final : public QObject, public GetUrlHandler {
 public:
     // bridge, sharedData and alerts must outlive the object.
     OAuth(bool shouldAutoOpenLoginTab, Skrivo skrivo, std::string extensionBundleIdentifier,
@@ -41,8 +43,9 @@ public:
     // callback. A message that cannot be delivered is shown in the failure alert and logged.
     void handleGetURL(const std::optional<QString>& url) override;
 
-    // Asks the extension to open its login tab. completion runs on the main thread with true when
-    // the message was delivered. No alert and no log: the caller decides.
+    // Asks the extension to open its login tab. completion runs on the main thread, later, with
+    // true when the message was delivered; not at all once this object is gone. No alert and no
+    // log: the caller decides.
     void oauthOpenLoginTab(std::function<void(bool delivered)> completion);
 
     // "Lexmira encountered a problem": the user is asked to open the browser, named browserName
@@ -53,8 +56,6 @@ private:
     ExtensionBridge& bridge_;
     SharedData& sharedData_;
     AlertPresenter& alerts_;
-    // Completions that arrive after the object is gone find this expired and show nothing.
-    std::shared_ptr<OAuth*> self_;
 };
 
 } // namespace lexmira

@@ -53,8 +53,9 @@ public:
 
     virtual ~BrokerBus() = default;
 
-    // Relays a message to an attached host; completion runs on context's thread once the host
-    // answered or the time-out passed, and not at all once context is gone.
+    // Relays a message to an attached host; completion runs on context's thread (the main
+    // thread: context lives there, with the call's own timer and watcher) once the host answered
+    // or the time-out passed, never inside the call, and not at all once context is gone.
     virtual void dispatchToHost(const QString& connection, const QString& name,
                                 const QString& userInfo, std::chrono::milliseconds timeout,
                                 QObject* context, Handler::Completion completion) = 0;

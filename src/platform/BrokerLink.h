@@ -33,9 +33,9 @@ public:
     virtual ~BrokerLink() = default;
 
     // Counts this connection as an enabled extension until detach or the end of the process.
-    // completion runs on context's thread (not at all once context is gone) with none, or why
-    // the broker could not be reached. When the broker goes away and comes back, the link
-    // attaches again by itself.
+    // completion runs on context's thread (the main thread, where context lives), never inside
+    // the call and not at all once context is gone, with none, or why the broker could not be
+    // reached. When the broker goes away and comes back, the link attaches again by itself.
     virtual void attach(const Peer& peer, QObject* context,
                         std::function<void(std::optional<QString> error)> completion) = 0;
     virtual void detach() = 0;

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <QObject>
 #include <QString>
 
 #include <chrono>
@@ -24,9 +25,12 @@ struct ExtensionError {
 
 // The browser extension, reached by its bundle identifier: its state, its settings page and the
 // messages it understands. Every call returns at once and calls its completion exactly once,
-// later, from the event loop of the calling thread (never from inside the call); callers must not
-// assume it is the main thread. A call that gets no answer within the bridge's time-out completes
-// with an error. A bridge destroyed with calls in flight still completes them.
+// later, never from inside the call. The completion runs on context's thread, queued, and not at
+// all once context is gone (context must be alive at the call, which may be made from any thread
+// whose event loop runs). A null context leaves the thread to the bridge: the completion then
+// runs wherever the answer arrives, which callers must not assume is the main thread. A call that
+// gets no answer within the bridge's time-out completes with an error. A bridge destroyed with
+// calls in flight still completes them.
 class ExtensionBridge {
 public:
     using Completion = std::function<void(std::optional<ExtensionError> error)>;
@@ -42,13 +46,15 @@ public:
     // userInfo none sends the message with no user info at all (not an empty object).
     virtual void dispatchMessage(const QString& name, const QString& extensionIdentifier,
                                  const std::optional<nlohmann::ordered_json>& userInfo,
+                                 QObject* context, Completion completion) = 0;
+    virtual void getState(const QString& extensionIdentifier, QObject* context,
+                          StateCompletion completion) = 0;
+    virtual void showPreferences(const QString& extensionIdentifier, QObject* context,
                                  Completion completion) = 0;
-    virtual void getState(const QString& extensionIdentifier, StateCompletion completion) = 0;
-    virtual void showPreferences(const QString& extensionIdentifier, Completion completion) = 0;
     // The display name of the browser the extension runs in ("Chromium", "Firefox", ...). Asked
     // before a text that names the browser is shown, so it answers within browserNameTimeout
     // at the latest, whatever the bridge's own time-out.
-    virtual void getBrowserName(const QString& extensionIdentifier,
+    virtual void getBrowserName(const QString& extensionIdentifier, QObject* context,
                                 BrowserNameCompletion completion) = 0;
 
     static constexpr std::chrono::milliseconds defaultTimeout{5'000};

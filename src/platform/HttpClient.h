@@ -72,8 +72,11 @@ class HttpClient {
 public:
     // Called exactly once per request, on the client's worker thread — never the main thread —
     // unless the client is destroyed first, in which case requests still running are dropped
-    // without a call. When a response came, data holds its body (present, possibly empty) and
-    // error is none; otherwise error is set and data and response are none.
+    // without a call. The thread is fixed rather than chosen by a context: the clients of the
+    // account, analytics and log services complete and write the system log there. A caller that
+    // needs the answer elsewhere binds what it does next to a context there
+    // (ThreadHandOff::bind). When a response came, data holds its body (present, possibly empty)
+    // and error is none; otherwise error is set and data and response are none.
     using Completion =
         std::function<void(std::optional<QByteArray> data, std::optional<HttpResponse> response,
                            std::optional<HttpError> error)>;

@@ -3,9 +3,11 @@
 
 #include "services/NorvClient.h"
 
-#include "util/FutureFunc.h"
 #include "util/Json.h"
+#include "util/ThreadHandOff.h"
 #include "util/Utils.h"
+
+#include <QCoreApplication>
 
 #include <chrono>
 #include <cstdlib>
@@ -178,8 +180,10 @@ void NorvClient::send(const std::string& name, const std::optional<Props>& props
     request.setValue("application/json", "Content-Type");
     const auto bytes = Json::encode(body);
     if (!bytes) {
+        // Delivered on the main thread, later, unlike the answer of a request that went out.
         if (completion)
-            FutureFunc::onMain([completion = std::move(completion)] { completion(false); });
+            ThreadHandOff::queue(QCoreApplication::instance(),
+                                 [completion = std::move(completion)] { completion(false); });
         return;
     }
     request.body = *bytes;

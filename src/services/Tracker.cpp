@@ -4,7 +4,7 @@
 #include "services/Tracker.h"
 
 #include "util/FatalError.h"
-#include "util/FutureFunc.h"
+#include "util/ThreadHandOff.h"
 
 namespace lexmira {
 
@@ -35,15 +35,11 @@ Tracker::Tracker(std::string norvClientType, std::string clientVersion,
     , sharedCompanionContainerId_(sharedData.companionContainerId)
     , accountHost_(deployment.accountHost)
     , httpClient_(platform.httpClient)
-    , self_(std::make_shared<Tracker*>(this))
 {
-    userChangeUnsubscriber_ =
-        sharedUserInfo_.subscribe([self = std::weak_ptr(self_)](std::optional<UserInfo> userInfo) {
-            FutureFunc::onMain([self, userInfo = std::move(userInfo)] {
-                if (const auto tracker = self.lock())
-                    (*tracker)->sharedUserInfoChanged(userInfo);
-            });
-        });
+    // Notifications come on the writer's thread.
+    userChangeUnsubscriber_ = sharedUserInfo_.subscribe(ThreadHandOff::bind(
+        this, std::function<void(std::optional<UserInfo>)>(
+                  [this](std::optional<UserInfo> userInfo) { sharedUserInfoChanged(userInfo); })));
 
     if (const auto userInfo = sharedUserInfo_.value())
         norv_.client().setUserInfo(*userInfo);
@@ -62,20 +58,19 @@ void Tracker::fetchUser()
     if (!url)
         return;
     const auto containerId = sharedCompanionContainerId_.value();
+    // The account client answers on the network's thread; only a user travels on.
+    auto fetched = ThreadHandOff::bind(
+        this, std::function<void(Auth::User)>([this](Auth::User user) { userFetched(user); }));
     httpClient_->send(auth_->makeUserRequest("POST", *url, std::nullopt, containerId),
-                      [auth = auth_, url = *url, containerId, self = std::weak_ptr(self_)](
+                      [auth = auth_, url = *url, containerId, fetched = std::move(fetched)](
                           std::optional<QByteArray> data, std::optional<HttpResponse> response,
                           std::optional<HttpError> error) {
-                          auth->handleUserResponse(
-                              data, response, error, url, std::nullopt, containerId,
-                              [self](std::optional<Auth::User> user) {
-                                  if (!user)
-                                      return;
-                                  FutureFunc::onMain([self, user = std::move(*user)] {
-                                      if (const auto tracker = self.lock())
-                                          (*tracker)->userFetched(user);
-                                  });
-                              });
+                          auth->handleUserResponse(data, response, error, url, std::nullopt,
+                                                   containerId,
+                                                   [&fetched](std::optional<Auth::User> user) {
+                                                       if (user)
+                                                           fetched(std::move(*user));
+                                                   });
                       });
 }
 

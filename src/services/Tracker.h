@@ -13,6 +13,8 @@
 #include "shared/Unsubscriber.h"
 #include "shared/UserInfo.h"
 
+#include <QObject>
+
 #include <memory>
 #include <string>
 
@@ -21,9 +23,9 @@ namespace lexmira {
 // The application's usage tracker: records events through norv() and keeps the analytics
 // client's user in step with the user the extension shares. When none is shared it asks the
 // account service, and seeds the companion container identifier from the answer if none is
-// stored yet. Main thread only: shared-suite notifications and account answers are brought back
-// to the main thread before they touch anything.
-class Tracker {
+// stored yet. Main thread only: shared-suite notifications and account answers are bound to the
+// tracker, so they reach it on the main thread, and not at all once it is gone.
+class Tracker : public QObject {
 public:
     // May already start a user fetch. sharedData and the user defaults in platform must outlive
     // the tracker.
@@ -51,9 +53,6 @@ private:
     ContainerValue<std::string> sharedCompanionContainerId_;
     ServiceHost accountHost_;
     std::shared_ptr<HttpClient> httpClient_;
-    // Callbacks from other threads hold the tracker through this, weakly, and check it on the
-    // main thread, where the tracker is destroyed.
-    std::shared_ptr<Tracker*> self_;
     std::shared_ptr<Unsubscriber> userChangeUnsubscriber_;
 };
 

@@ -6,7 +6,9 @@
 #include <QMetaObject>
 #include <QObject>
 
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 #if defined(__SANITIZE_THREAD__)
@@ -33,7 +35,8 @@ namespace ThreadHandOff {
 // gone by then. Everything the calling thread did before the call happens before work runs:
 // Qt's event queue guarantees it, and in a ThreadSanitizer build the guarantee is also announced
 // to the sanitizer, which cannot see it inside an uninstrumented Qt. The one way this project
-// hands work to another thread's event loop.
+// hands work to another thread's event loop; context must be alive at the call, so from another
+// thread than context's, go through bind.
 template <class Work>
 void queue(QObject* context, Work&& work)
 {
@@ -55,6 +58,67 @@ void queue(QObject* context, Work&& work)
 #else
     QMetaObject::invokeMethod(context, std::forward<Work>(work), Qt::QueuedConnection);
 #endif
+}
+
+namespace detail {
+
+// Where a bound completion may still be delivered: its context, until the context's destruction
+// begins. The lock spans both the look and the queueing, so that a context destroyed on its own
+// thread meanwhile either has not begun (and its destructor discards what was queued) or is
+// seen as gone.
+struct BoundContext {
+    std::mutex mutex;
+    QObject* context = nullptr;
+    QMetaObject::Connection watch;
+};
+
+// Held by every copy of a bound completion; the last one to go stops watching the context.
+class BoundTicket {
+public:
+    explicit BoundTicket(std::shared_ptr<BoundContext> target)
+        : target(std::move(target))
+    {
+    }
+    ~BoundTicket() { QObject::disconnect(target->watch); }
+    BoundTicket(const BoundTicket&) = delete;
+    BoundTicket& operator=(const BoundTicket&) = delete;
+
+    const std::shared_ptr<BoundContext> target;
+};
+
+} // namespace detail
+
+// Binds completion to context, as QObject::connect binds a slot to its context object: the
+// function returned may be called from any thread, any number of times, and each call queues
+// completion with its arguments to context's thread, never running it inside the call. A call
+// made once context is destroyed, or queued before and still waiting then, is dropped. context
+// must be alive when bind is called (from any thread), and not null; an empty completion binds
+// to nothing.
+template <class... Args>
+std::function<void(Args...)> bind(QObject* context, std::function<void(Args...)> completion)
+{
+    Q_ASSERT(context);
+    if (!completion || !context)
+        return {};
+    auto target = std::make_shared<detail::BoundContext>();
+    target->context = context;
+    // Runs on context's thread as its destruction begins, before it discards its queued events.
+    target->watch = QObject::connect(context, &QObject::destroyed,
+                                     [target = std::weak_ptr<detail::BoundContext>(target)] {
+                                         if (const auto alive = target.lock()) {
+                                             const std::lock_guard lock(alive->mutex);
+                                             alive->context = nullptr;
+                                         }
+                                     });
+    auto ticket = std::make_shared<detail::BoundTicket>(std::move(target));
+    return [ticket, completion = std::move(completion)](Args... args) {
+        const std::lock_guard lock(ticket->target->mutex);
+        if (!ticket->target->context)
+            return;
+        queue(ticket->target->context, [completion, ... args = std::move(args)]() mutable {
+            completion(std::move(args)...);
+        });
+    };
 }
 
 } // namespace ThreadHandOff

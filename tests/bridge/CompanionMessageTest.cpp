@@ -28,6 +28,8 @@ TEST(CompanionMessage, TheWireNameOfEachMessageIsItsCaseName)
 class SendCompanionMessage : public ::testing::Test {
 protected:
     test::SignInFixture fixture;
+    // The sender, on the main thread.
+    QObject sender;
 
     struct Reaction {
         int calls = 0;
@@ -39,7 +41,7 @@ protected:
               std::optional<CompanionLogger> logger, Reaction& reaction)
     {
         sendCompanionMessage(fixture.bridge, extensionId, message, userInfo, fixture.skrivo, logger,
-                             [&reaction](std::optional<ExtensionError> error) {
+                             &sender, [&reaction](std::optional<ExtensionError> error) {
                                  ++reaction.calls;
                                  reaction.error = std::move(error);
                                  reaction.thread = QThread::currentThread();
@@ -92,7 +94,7 @@ TEST_F(SendCompanionMessage, TheReactionIsScheduledNotRunInsideTheCompletion)
     Reaction reaction;
     bool reactionRanBeforeLog = false;
     sendCompanionMessage(fixture.bridge, extensionId, CompanionMessage::openSafari, std::nullopt,
-                         fixture.skrivo, CompanionLogger::openSafari,
+                         fixture.skrivo, CompanionLogger::openSafari, &sender,
                          [&](std::optional<ExtensionError>) {
                              ++reaction.calls;
                              reactionRanBeforeLog = fixture.logTransport->count() == 0;
@@ -100,6 +102,21 @@ TEST_F(SendCompanionMessage, TheReactionIsScheduledNotRunInsideTheCompletion)
     ASSERT_TRUE(test::waitUntil([&] { return reaction.calls == 1; }));
     EXPECT_FALSE(reactionRanBeforeLog)
         << "the completion posts the log before the main queue runs the reaction";
+}
+
+TEST_F(SendCompanionMessage, AReactionWhoseSenderIsGoneIsDroppedButTheFailureIsStillLogged)
+{
+    fixture.bridge.answersFromWorker = true;
+    fixture.bridge.dispatchError = ExtensionError{QStringLiteral("e"), QStringLiteral("gone")};
+    auto gone = std::make_unique<QObject>();
+    Reaction reaction;
+    sendCompanionMessage(fixture.bridge, extensionId, CompanionMessage::openSafari, std::nullopt,
+                         fixture.skrivo, CompanionLogger::openSafari, gone.get(),
+                         [&reaction](std::optional<ExtensionError>) { ++reaction.calls; });
+    gone.reset();
+    ASSERT_TRUE(test::waitUntil([&] { return fixture.logTransport->count() == 1; }));
+    test::spin(50ms);
+    EXPECT_EQ(reaction.calls, 0);
 }
 
 TEST_F(SendCompanionMessage, SuccessRunsTheReactionWithNoErrorAndLogsNothing)

@@ -6,12 +6,19 @@
 #include "support/DevExtensionPeer.h"
 #include "support/TestSupport.h"
 #include "util/Json.h"
+#include "util/ThreadHandOff.h"
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QElapsedTimer>
+#include <QThread>
+
+#include <algorithm>
+#include <future>
+#include <mutex>
 
 namespace lexmira {
 
@@ -20,6 +27,12 @@ namespace {
 using namespace std::chrono_literals;
 
 const QString extensionId = QStringLiteral("com.lexmira.companion.ext");
+
+// The context of calls whose answers belong to the test's own (main) thread.
+QObject* here()
+{
+    return QCoreApplication::instance();
+}
 
 // What one call's completion delivered, and how often it was called.
 struct Answer {
@@ -57,14 +70,14 @@ TEST(ExtensionBridge, GetStateAnswersWhetherTheExtensionIsEnabled)
     const auto bridge = ExtensionBridge::create();
 
     Answer enabled;
-    bridge->getState(extensionId, recordStateInto(enabled));
+    bridge->getState(extensionId, here(), recordStateInto(enabled));
     ASSERT_TRUE(answered(enabled));
     EXPECT_EQ(enabled.enabled, true);
     EXPECT_FALSE(enabled.error);
 
     ASSERT_TRUE(peer.control({QStringLiteral("disable")}));
     Answer disabled;
-    bridge->getState(extensionId, recordStateInto(disabled));
+    bridge->getState(extensionId, here(), recordStateInto(disabled));
     ASSERT_TRUE(answered(disabled));
     EXPECT_EQ(disabled.enabled, false);
     EXPECT_FALSE(disabled.error);
@@ -75,7 +88,7 @@ TEST(ExtensionBridge, APeerStartedDisabledAnswersFalse)
     test::DevExtensionPeer peer({QStringLiteral("--disabled")});
     ASSERT_TRUE(peer.isServing());
     Answer state;
-    ExtensionBridge::create()->getState(extensionId, recordStateInto(state));
+    ExtensionBridge::create()->getState(extensionId, here(), recordStateInto(state));
     ASSERT_TRUE(answered(state));
     EXPECT_EQ(state.enabled, false);
 }
@@ -87,7 +100,8 @@ TEST(ExtensionBridge, DispatchCarriesTheNameAndTheUserInfoAsOneJsonObject)
     Answer answer;
     ExtensionBridge::create()->dispatchMessage(
         QStringLiteral("oauthExchange"), extensionId,
-        nlohmann::ordered_json{{"code", "c/1 é"}, {"codeChallenge", nullptr}}, recordInto(answer));
+        nlohmann::ordered_json{{"code", "c/1 é"}, {"codeChallenge", nullptr}}, here(),
+        recordInto(answer));
     ASSERT_TRUE(answered(answer));
     EXPECT_FALSE(answer.error);
 
@@ -105,11 +119,11 @@ TEST(ExtensionBridge, DispatchWithoutUserInfoSendsTheEmptyString)
     ASSERT_TRUE(peer.isServing());
     const auto bridge = ExtensionBridge::create();
     Answer none;
-    bridge->dispatchMessage(QStringLiteral("openSafari"), extensionId, std::nullopt,
+    bridge->dispatchMessage(QStringLiteral("openSafari"), extensionId, std::nullopt, here(),
                             recordInto(none));
     Answer empty;
     bridge->dispatchMessage(QStringLiteral("openSafari"), extensionId,
-                            nlohmann::ordered_json::object(), recordInto(empty));
+                            nlohmann::ordered_json::object(), here(), recordInto(empty));
     ASSERT_TRUE(answered(none));
     ASSERT_TRUE(answered(empty));
 
@@ -127,7 +141,7 @@ TEST(ExtensionBridge, ShowPreferencesReachesThePeerWhichCanThenBecomeEnabled)
     ASSERT_TRUE(peer.isServing());
     const auto bridge = ExtensionBridge::create();
     Answer shown;
-    bridge->showPreferences(extensionId, recordInto(shown));
+    bridge->showPreferences(extensionId, here(), recordInto(shown));
     ASSERT_TRUE(answered(shown));
     EXPECT_FALSE(shown.error);
     const auto calls = peer.calls();
@@ -137,7 +151,7 @@ TEST(ExtensionBridge, ShowPreferencesReachesThePeerWhichCanThenBecomeEnabled)
     bool enabled = false;
     ASSERT_TRUE(test::waitUntil([&] {
         Answer state;
-        bridge->getState(extensionId, recordStateInto(state));
+        bridge->getState(extensionId, here(), recordStateInto(state));
         test::waitUntil([&] { return state.calls > 0; });
         enabled = state.enabled.value_or(false);
         return enabled;
@@ -149,12 +163,12 @@ TEST(ExtensionBridge, AbsentExtensionIsTheServiceUnknownError)
     ASSERT_FALSE(test::DevExtensionPeer::isOwned(extensionId));
     const auto bridge = ExtensionBridge::create();
     Answer dispatch;
-    bridge->dispatchMessage(QStringLiteral("oauthExchange"), extensionId, std::nullopt,
+    bridge->dispatchMessage(QStringLiteral("oauthExchange"), extensionId, std::nullopt, here(),
                             recordInto(dispatch));
     Answer state;
-    bridge->getState(extensionId, recordStateInto(state));
+    bridge->getState(extensionId, here(), recordStateInto(state));
     Answer preferences;
-    bridge->showPreferences(extensionId, recordInto(preferences));
+    bridge->showPreferences(extensionId, here(), recordInto(preferences));
     ASSERT_TRUE(answered(dispatch));
     ASSERT_TRUE(answered(state));
     ASSERT_TRUE(answered(preferences));
@@ -177,7 +191,7 @@ TEST(ExtensionBridge, ThePeersOwnErrorMessageIsTheLocalizedDescription)
     ASSERT_TRUE(peer.isServing());
     const auto bridge = ExtensionBridge::create();
     Answer failed;
-    bridge->dispatchMessage(QStringLiteral("oauthExchange"), extensionId, std::nullopt,
+    bridge->dispatchMessage(QStringLiteral("oauthExchange"), extensionId, std::nullopt, here(),
                             recordInto(failed));
     ASSERT_TRUE(answered(failed));
     ASSERT_TRUE(failed.error);
@@ -185,20 +199,20 @@ TEST(ExtensionBridge, ThePeersOwnErrorMessageIsTheLocalizedDescription)
     EXPECT_EQ(failed.error->localizedDescription, QStringLiteral("The browser is not running"));
 
     Answer next;
-    bridge->dispatchMessage(QStringLiteral("oauthExchange"), extensionId, std::nullopt,
+    bridge->dispatchMessage(QStringLiteral("oauthExchange"), extensionId, std::nullopt, here(),
                             recordInto(next));
     ASSERT_TRUE(answered(next));
     EXPECT_FALSE(next.error) << "only the next dispatch was to fail";
 
     Answer state;
-    bridge->getState(extensionId, recordStateInto(state));
+    bridge->getState(extensionId, here(), recordStateInto(state));
     ASSERT_TRUE(answered(state));
     ASSERT_TRUE(state.error);
     EXPECT_EQ(state.error->localizedDescription, QStringLiteral("no state today"));
     EXPECT_FALSE(state.enabled);
 
     Answer preferences;
-    bridge->showPreferences(extensionId, recordInto(preferences));
+    bridge->showPreferences(extensionId, here(), recordInto(preferences));
     ASSERT_TRUE(answered(preferences));
     ASSERT_TRUE(preferences.error);
     EXPECT_EQ(preferences.error->localizedDescription, QStringLiteral("no settings"));
@@ -211,7 +225,7 @@ TEST(ExtensionBridge, APeerFailingEveryDispatchFailsEachOne)
     const auto bridge = ExtensionBridge::create();
     for (int i = 0; i < 3; ++i) {
         Answer answer;
-        bridge->dispatchMessage(QStringLiteral("openSafari"), extensionId, std::nullopt,
+        bridge->dispatchMessage(QStringLiteral("openSafari"), extensionId, std::nullopt, here(),
                                 recordInto(answer));
         ASSERT_TRUE(answered(answer));
         ASSERT_TRUE(answer.error);
@@ -227,7 +241,7 @@ TEST(ExtensionBridge, AStateOfTheWrongTypeIsNoStateAndNoError)
     test::DevExtensionPeer peer({QStringLiteral("--wrong-state-type")});
     ASSERT_TRUE(peer.isServing());
     Answer state;
-    ExtensionBridge::create()->getState(extensionId, recordStateInto(state));
+    ExtensionBridge::create()->getState(extensionId, here(), recordStateInto(state));
     ASSERT_TRUE(answered(state));
     EXPECT_FALSE(state.enabled);
     EXPECT_FALSE(state.error);
@@ -241,9 +255,9 @@ TEST(ExtensionBridge, ASilentPeerTimesOutWithNoReplyOnceAndBeforeItAnswers)
     QElapsedTimer clock;
     clock.start();
     Answer state;
-    bridge->getState(extensionId, recordStateInto(state));
+    bridge->getState(extensionId, here(), recordStateInto(state));
     Answer dispatch;
-    bridge->dispatchMessage(QStringLiteral("oauthExchange"), extensionId, std::nullopt,
+    bridge->dispatchMessage(QStringLiteral("oauthExchange"), extensionId, std::nullopt, here(),
                             recordInto(dispatch));
     ASSERT_TRUE(answered(state));
     ASSERT_TRUE(answered(dispatch));
@@ -277,7 +291,7 @@ ExtensionBridge::BrowserNameCompletion recordNameInto(NameAnswer& answer)
 QString browserNameOf(ExtensionBridge& bridge)
 {
     NameAnswer answer;
-    bridge.getBrowserName(extensionId, recordNameInto(answer));
+    bridge.getBrowserName(extensionId, here(), recordNameInto(answer));
     EXPECT_TRUE(test::waitUntil([&] { return answer.calls > 0; }));
     return answer.name;
 }
@@ -299,7 +313,7 @@ TEST(ExtensionBridge, NoPeerIsNoBrowserName)
     ASSERT_FALSE(test::DevExtensionPeer::isOwned(extensionId));
     const auto bridge = ExtensionBridge::create();
     NameAnswer answer;
-    bridge->getBrowserName(extensionId, recordNameInto(answer));
+    bridge->getBrowserName(extensionId, here(), recordNameInto(answer));
     EXPECT_EQ(answer.calls, 0) << "never from inside the call";
     ASSERT_TRUE(test::waitUntil([&] { return answer.calls > 0; }));
     EXPECT_EQ(answer.name, QString());
@@ -316,7 +330,7 @@ TEST(ExtensionBridge, ASilentPeerGivesNoBrowserNameWithinTheNamesOwnTimeOut)
     QElapsedTimer clock;
     clock.start();
     NameAnswer answer;
-    bridge->getBrowserName(extensionId, recordNameInto(answer));
+    bridge->getBrowserName(extensionId, here(), recordNameInto(answer));
     ASSERT_TRUE(test::waitUntil([&] { return answer.calls > 0; }));
     EXPECT_LT(clock.elapsed(), 3000) << "the peer's late answer must not be what ended the call";
     EXPECT_GE(clock.elapsed(), ExtensionBridge::browserNameTimeout.count() - 50);
@@ -346,7 +360,7 @@ TEST(ExtensionBridge, TheObjectPathComesFromTheIdentifierWithDashesAsUnderscores
     EXPECT_EQ(reply.arguments().value(0), QVariant(true));
 
     Answer state;
-    ExtensionBridge::create()->getState(name, recordStateInto(state));
+    ExtensionBridge::create()->getState(name, here(), recordStateInto(state));
     ASSERT_TRUE(answered(state));
     EXPECT_EQ(state.enabled, true);
     EXPECT_FALSE(state.error);
@@ -368,10 +382,10 @@ TEST(ExtensionBridge, CompletionsNeverRunInsideTheCall)
 {
     const auto bridge = ExtensionBridge::create();
     Answer state;
-    bridge->getState(extensionId, recordStateInto(state));
+    bridge->getState(extensionId, here(), recordStateInto(state));
     Answer invalid;
     bridge->dispatchMessage(QStringLiteral("x"), extensionId,
-                            nlohmann::ordered_json{{"code", std::string("\xff")}},
+                            nlohmann::ordered_json{{"code", std::string("\xff")}}, here(),
                             recordInto(invalid));
     EXPECT_EQ(state.calls, 0);
     EXPECT_EQ(invalid.calls, 0);
@@ -386,7 +400,8 @@ TEST(ExtensionBridge, UserInfoThatCannotBeEncodedIsAnErrorAndSendsNothing)
     Answer answer;
     ExtensionBridge::create()->dispatchMessage(
         QStringLiteral("oauthExchange"), extensionId,
-        nlohmann::ordered_json{{"code", std::string("bad \xc3\x28 bytes")}}, recordInto(answer));
+        nlohmann::ordered_json{{"code", std::string("bad \xc3\x28 bytes")}}, here(),
+        recordInto(answer));
     ASSERT_TRUE(answered(answer));
     ASSERT_TRUE(answer.error);
     EXPECT_FALSE(answer.error->localizedDescription.isEmpty());
@@ -400,7 +415,7 @@ TEST(ExtensionBridge, AnIdentifierThatIsNoBusNameFailsWithoutSending)
     for (const QString& identifier :
          {QString(), QStringLiteral("not a name"), QStringLiteral("a..b"), QStringLiteral(".x")}) {
         Answer answer;
-        bridge->getState(identifier, recordStateInto(answer));
+        bridge->getState(identifier, here(), recordStateInto(answer));
         ASSERT_TRUE(answered(answer)) << qPrintable(identifier);
         EXPECT_TRUE(answer.error) << qPrintable(identifier);
         EXPECT_EQ(answer.calls, 1);
@@ -412,9 +427,140 @@ TEST(ExtensionBridge, CallsInFlightCompleteAfterTheBridgeIsGone)
     test::DevExtensionPeer peer({QStringLiteral("--reply-delay"), QStringLiteral("200")});
     ASSERT_TRUE(peer.isServing());
     Answer state;
-    ExtensionBridge::create()->getState(extensionId, recordStateInto(state));
+    ExtensionBridge::create()->getState(extensionId, here(), recordStateInto(state));
     ASSERT_TRUE(answered(state));
     EXPECT_EQ(state.enabled, true);
+}
+
+// A context that lives on a thread of its own, with the thread each answer ran on.
+class WorkerContext {
+public:
+    WorkerContext()
+    {
+        context_ = new QObject;
+        context_->moveToThread(&thread_);
+        home_->moveToThread(&thread_);
+        QObject::connect(&thread_, &QThread::finished, home_, &QObject::deleteLater);
+        thread_.start();
+    }
+    ~WorkerContext()
+    {
+        destroy();
+        thread_.quit();
+        thread_.wait();
+    }
+
+    QObject* context() const { return context_; }
+    QThread* thread() { return &thread_; }
+
+    // Records that an answer ran, and where.
+    void ran()
+    {
+        const std::lock_guard lock(mutex_);
+        threads_.push_back(QThread::currentThread());
+    }
+    std::vector<QThread*> threads() const
+    {
+        const std::lock_guard lock(mutex_);
+        return threads_;
+    }
+
+    // Destroys the context on its own thread and returns once it is gone.
+    void destroy()
+    {
+        if (!context_)
+            return;
+        // Waited for through a promise, which the sanitizer sees, rather than a blocking queued
+        // call inside Qt, which it does not.
+        std::promise<void> deleted;
+        ThreadHandOff::queue(home_, [this, &deleted] {
+            delete context_;
+            deleted.set_value();
+        });
+        deleted.get_future().wait();
+        context_ = nullptr;
+    }
+
+private:
+    QThread thread_;
+    QObject* context_ = nullptr;
+    // Lives on thread_ for as long as it runs.
+    QObject* home_ = new QObject;
+    mutable std::mutex mutex_;
+    std::vector<QThread*> threads_;
+};
+
+TEST(ExtensionBridge, EveryCompletionRunsOnTheThreadOfItsContext)
+{
+    test::DevExtensionPeer peer;
+    ASSERT_TRUE(peer.isServing());
+    const auto bridge = ExtensionBridge::create();
+    WorkerContext worker;
+    const auto ran = [&worker](auto&&...) { worker.ran(); };
+    bridge->getState(extensionId, worker.context(), ran);
+    bridge->dispatchMessage(QStringLiteral("openSafari"), extensionId, std::nullopt,
+                            worker.context(), ran);
+    bridge->showPreferences(extensionId, worker.context(), ran);
+    bridge->getBrowserName(extensionId, worker.context(), ran);
+    // The one answer the bridge makes up itself travels the same way.
+    bridge->dispatchMessage(QStringLiteral("x"), extensionId,
+                            nlohmann::ordered_json{{"code", std::string("\xff")}}, worker.context(),
+                            ran);
+
+    ASSERT_TRUE(test::waitUntil([&] { return worker.threads().size() == 5; }));
+    for (QThread* thread : worker.threads())
+        EXPECT_EQ(thread, worker.thread());
+}
+
+TEST(ExtensionBridge, ACompletionWhoseContextIsGoneBeforeTheAnswerIsDropped)
+{
+    test::DevExtensionPeer peer({QStringLiteral("--reply-delay"), QStringLiteral("300")});
+    ASSERT_TRUE(peer.isServing());
+    const auto bridge = ExtensionBridge::create();
+
+    auto context = std::make_unique<QObject>();
+    Answer dropped;
+    bridge->getState(extensionId, context.get(), recordStateInto(dropped));
+    Answer droppedName;
+    bridge->getBrowserName(extensionId, context.get(),
+                           [&droppedName](QString) { ++droppedName.calls; });
+    WorkerContext worker;
+    bridge->dispatchMessage(QStringLiteral("openSafari"), extensionId, std::nullopt,
+                            worker.context(), [&worker](auto&&...) { worker.ran(); });
+    context.reset();
+    worker.destroy();
+
+    // A call made at the same time with a living context is answered, so the others were too.
+    Answer kept;
+    bridge->getState(extensionId, here(), recordStateInto(kept));
+    ASSERT_TRUE(answered(kept));
+    test::spin(200ms);
+    EXPECT_EQ(dropped.calls, 0);
+    EXPECT_EQ(droppedName.calls, 0);
+    EXPECT_TRUE(worker.threads().empty());
+    const auto calls = peer.calls();
+    EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
+                            [](const auto& call) { return call["method"] == "DispatchMessage"; }),
+              1)
+        << "the message went out all the same";
+}
+
+TEST(ExtensionBridge, WithoutAContextTheCompletionRunsWhereTheAnswerArrives)
+{
+    test::DevExtensionPeer peer;
+    ASSERT_TRUE(peer.isServing());
+    Answer answer;
+    QThread* thread = nullptr;
+    ExtensionBridge::create()->dispatchMessage(QStringLiteral("openSafari"), extensionId,
+                                               std::nullopt, nullptr,
+                                               [&](std::optional<ExtensionError> error) {
+                                                   thread = QThread::currentThread();
+                                                   recordInto(answer)(std::move(error));
+                                               });
+    EXPECT_EQ(answer.calls, 0);
+    ASSERT_TRUE(answered(answer));
+    EXPECT_FALSE(answer.error);
+    EXPECT_EQ(thread, QThread::currentThread());
 }
 
 } // namespace

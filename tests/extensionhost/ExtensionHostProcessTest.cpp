@@ -161,12 +161,13 @@ public:
     std::optional<bool> state()
     {
         const auto answer = std::make_shared<Answer>();
-        bridge_->getState(serviceName, [answer](std::optional<bool> enabled,
-                                                std::optional<ExtensionError> error) {
-            answer->done = true;
-            answer->enabled = enabled;
-            answer->error = std::move(error);
-        });
+        bridge_->getState(
+            serviceName, &context_,
+            [answer](std::optional<bool> enabled, std::optional<ExtensionError> error) {
+                answer->done = true;
+                answer->enabled = enabled;
+                answer->error = std::move(error);
+            });
         if (!test::waitUntil([&] { return answer->done; }))
             return std::nullopt;
         EXPECT_FALSE(answer->error) << answer->error->localizedDescription.toStdString();
@@ -182,7 +183,7 @@ public:
     std::shared_ptr<Answer> dispatch(const QString& name, const std::optional<Json>& userInfo)
     {
         const auto answer = std::make_shared<Answer>();
-        bridge_->dispatchMessage(name, serviceName, userInfo,
+        bridge_->dispatchMessage(name, serviceName, userInfo, &context_,
                                  [answer](std::optional<ExtensionError> error) {
                                      answer->done = true;
                                      answer->error = std::move(error);
@@ -197,6 +198,7 @@ public:
     }
 
 private:
+    QObject context_;
     std::unique_ptr<ExtensionBridge> bridge_ = ExtensionBridge::create();
 };
 

@@ -20,10 +20,12 @@
 namespace lexmira {
 
 // Records every call and answers it the way the real bridge does: later, never from inside the
-// call — from the main event loop, or from a worker thread of its own when answersFromWorker is
-// set (to check that callers do not rely on the thread). Each kind of call first takes the
-// oldest error scripted for it; after that, dispatches answer dispatchError and the rest
-// succeed. The calls themselves are main thread only.
+// call. The answer arrives on the main event loop, or on a worker thread of the fake's own when
+// answersFromWorker is set (to check that callers do not rely on the thread); from there it goes
+// to the call's context, on the context's thread and not at all once the context is gone, or,
+// for a call without a context, runs where it arrived. Each kind of call first takes the oldest
+// error scripted for it; after that, dispatches answer dispatchError and the rest succeed. The
+// calls themselves are main thread only.
 class QueuedExtensionBridge final : public ExtensionBridge {
 public:
     struct Dispatch {
@@ -44,43 +46,45 @@ public:
     }
 
     void dispatchMessage(const QString& name, const QString& extensionIdentifier,
-                         const std::optional<nlohmann::ordered_json>& userInfo,
+                         const std::optional<nlohmann::ordered_json>& userInfo, QObject* context,
                          Completion completion) override
     {
         dispatches.push_back({name, extensionIdentifier, userInfo});
         if (onDispatch)
             onDispatch(dispatches.back());
         auto error = next(dispatchErrors);
-        answer([completion = std::move(completion), error = error ? error : dispatchError] {
-            completion(error);
-        });
+        answer(context, [completion = std::move(completion),
+                         error = error ? error : dispatchError] { completion(error); });
     }
 
-    void getState(const QString& extensionIdentifier, StateCompletion completion) override
+    void getState(const QString& extensionIdentifier, QObject* context,
+                  StateCompletion completion) override
     {
         stateQueries.push_back(extensionIdentifier);
-        answer([completion = std::move(completion), error = next(stateErrors), enabled = enabled] {
-            completion(error ? std::nullopt : enabled, error);
-        });
+        answer(context, [completion = std::move(completion), error = next(stateErrors),
+                         enabled = enabled] { completion(error ? std::nullopt : enabled, error); });
     }
 
-    void showPreferences(const QString& extensionIdentifier, Completion completion) override
+    void showPreferences(const QString& extensionIdentifier, QObject* context,
+                         Completion completion) override
     {
         preferencesShown.push_back(extensionIdentifier);
         if (holdPreferences) {
-            heldPreferences.push_back(std::move(completion));
+            heldPreferences.push_back(context ? ThreadHandOff::bind(context, std::move(completion))
+                                              : std::move(completion));
             return;
         }
-        answer([completion = std::move(completion), error = next(preferencesErrors)] {
+        answer(context, [completion = std::move(completion), error = next(preferencesErrors)] {
             completion(error);
         });
     }
 
-    void getBrowserName(const QString& extensionIdentifier,
+    void getBrowserName(const QString& extensionIdentifier, QObject* context,
                         BrowserNameCompletion completion) override
     {
         browserNameQueries.push_back(extensionIdentifier);
-        answer([completion = std::move(completion), name = browserName] { completion(name); });
+        answer(context,
+               [completion = std::move(completion), name = browserName] { completion(name); });
     }
 
     // The answer to every dispatch once dispatchErrors is used up.
@@ -93,7 +97,8 @@ public:
     std::optional<bool> enabled = true;
     // What getBrowserName answers: empty is no name reported.
     QString browserName;
-    // When set, showPreferences keeps its completion in heldPreferences instead of answering.
+    // When set, showPreferences keeps its completion in heldPreferences instead of answering;
+    // calling a held completion delivers it as an answer would be.
     bool holdPreferences = false;
     std::vector<Completion> heldPreferences;
     bool answersFromWorker = false;
@@ -105,7 +110,7 @@ public:
     std::vector<QString> preferencesShown;
     std::vector<QString> browserNameQueries;
 
-    // The thread answers come from when answersFromWorker is set.
+    // The thread answers arrive on when answersFromWorker is set.
     QThread* workerThread() { return &worker_; }
 
 private:
@@ -118,10 +123,12 @@ private:
         return error;
     }
 
-    void answer(std::function<void()> call)
+    void answer(QObject* context, std::function<void()> call)
     {
-        QObject* context = answersFromWorker ? &workerContext_ : QCoreApplication::instance();
-        ThreadHandOff::queue(context, std::move(call));
+        if (context)
+            call = ThreadHandOff::bind(context, std::move(call));
+        ThreadHandOff::queue(answersFromWorker ? &workerContext_ : QCoreApplication::instance(),
+                             std::move(call));
     }
 
     QThread worker_;

@@ -7,6 +7,7 @@
 #include "platform/linux/ExtensionBus.h"
 #include "properties_interface.h"
 #include "util/Json.h"
+#include "util/ThreadHandOff.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -42,8 +43,8 @@ bool isReplyOfTheWrongType(const QDBusMessage& reply)
 
 // The extension's native side on the session bus, one method call per request through the proxies
 // generated from its contract file. The bus connection is shared by the whole process; each call
-// owns its watcher, which lives in the calling thread and deletes itself once it has delivered
-// the answer.
+// owns its watcher, which lives in the calling thread and deletes itself once it has handed the
+// answer on to the completion's context.
 class DBusExtensionBridge final : public ExtensionBridge {
 public:
     explicit DBusExtensionBridge(std::chrono::milliseconds timeout)
@@ -52,25 +53,30 @@ public:
     }
 
     void dispatchMessage(const QString& name, const QString& extensionIdentifier,
-                         const std::optional<nlohmann::ordered_json>& userInfo,
+                         const std::optional<nlohmann::ordered_json>& userInfo, QObject* context,
                          Completion completion) override
     {
+        auto complete = deliverTo(context, std::move(completion));
         // No user info travels as the empty string; any user info as one JSON object.
         QString userInfoText;
         if (userInfo) {
             const auto bytes = Json::encode(*userInfo);
             if (!bytes) {
-                QTimer::singleShot(0, [completion = std::move(completion)] {
-                    completion(ExtensionError{
-                        QStringLiteral("com.lexmira.Companion.Error.InvalidUserInfo"),
-                        QStringLiteral("The message to the extension could not be encoded.")});
-                });
+                ExtensionError invalid{
+                    QStringLiteral("com.lexmira.Companion.Error.InvalidUserInfo"),
+                    QStringLiteral("The message to the extension could not be encoded.")};
+                if (context) {
+                    complete(std::move(invalid));
+                    return;
+                }
+                QTimer::singleShot(0, [complete = std::move(complete),
+                                       invalid = std::move(invalid)] { complete(invalid); });
                 return;
             }
             userInfoText = QString::fromUtf8(*bytes);
         }
         send(extension(extensionIdentifier).DispatchMessage(name, userInfoText),
-             [completion = std::move(completion)](const QDBusMessage& reply) {
+             [completion = std::move(complete)](const QDBusMessage& reply) {
                  if (reply.type() == QDBusMessage::ErrorMessage)
                      completion(errorOf(QDBusError(reply)));
                  else
@@ -78,10 +84,11 @@ public:
              });
     }
 
-    void getState(const QString& extensionIdentifier, StateCompletion completion) override
+    void getState(const QString& extensionIdentifier, QObject* context,
+                  StateCompletion completion) override
     {
         send(extension(extensionIdentifier).GetState(),
-             [completion = std::move(completion)](const QDBusMessage& reply) {
+             [completion = deliverTo(context, std::move(completion))](const QDBusMessage& reply) {
                  if (isReplyOfTheWrongType(reply)) {
                      completion(std::nullopt, std::nullopt);
                      return;
@@ -99,10 +106,11 @@ public:
              });
     }
 
-    void showPreferences(const QString& extensionIdentifier, Completion completion) override
+    void showPreferences(const QString& extensionIdentifier, QObject* context,
+                         Completion completion) override
     {
         send(extension(extensionIdentifier).ShowPreferences(),
-             [completion = std::move(completion)](const QDBusMessage& reply) {
+             [completion = deliverTo(context, std::move(completion))](const QDBusMessage& reply) {
                  if (reply.type() == QDBusMessage::ErrorMessage)
                      completion(errorOf(QDBusError(reply)));
                  else
@@ -110,13 +118,14 @@ public:
              });
     }
 
-    void getBrowserName(const QString& extensionIdentifier,
+    void getBrowserName(const QString& extensionIdentifier, QObject* context,
                         BrowserNameCompletion completion) override
     {
         const auto pending =
             properties(extensionIdentifier)
                 .Get(ExtensionBus::interfaceName, ExtensionBus::browserNameProperty);
-        send(pending, [completion = std::move(completion)](const QDBusMessage& reply) {
+        send(pending, [completion = deliverTo(context, std::move(completion))](
+                          const QDBusMessage& reply) {
             // Get answers one variant holding the string; anything else is no name.
             const QVariantList arguments = reply.arguments();
             if (reply.type() != QDBusMessage::ReplyMessage || arguments.size() != 1) {
@@ -129,6 +138,17 @@ public:
     }
 
 private:
+    // The completion as the caller's context receives it: queued to context's thread and dropped
+    // once context is gone; without a context, as it is.
+    template <class... Args>
+    static std::function<void(Args...)> deliverTo(QObject* context,
+                                                  std::function<void(Args...)> completion)
+    {
+        if (!context)
+            return completion;
+        return ThreadHandOff::bind(context, std::move(completion));
+    }
+
     // Hands the answer of one call (the reply, or an error message: from the peer, from the bus,
     // or NoReply after the time-out) to answered, on the calling thread's event loop.
     static void send(const QDBusPendingCall& pending,
