@@ -47,6 +47,9 @@ inline void startApplication()
             std::abort();
         }
     });
+    // Qt's own event dispatcher rather than GLib's: every input settles the loop several times,
+    // and each GLib main-context iteration adds locks and a poll that none of the targets needs.
+    qputenv("QT_NO_GLIB", "1");
     static QCoreApplication* application = new QCoreApplication(argc, argv);
     Q_UNUSED(application);
 }

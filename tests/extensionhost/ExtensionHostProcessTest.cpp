@@ -104,6 +104,14 @@ Json replyTo(const Json& dispatch, const Json& error = nullptr)
     return {{"type", "reply"}, {"id", dispatch.at("id")}, {"error", error}};
 }
 
+// AddressSanitizer keeps freed blocks in quarantine and adds shadow memory and redzones, so in
+// such a build the resident size says nothing about what the code itself holds on to.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool residentSizeIsTheCodes = false;
+#else
+constexpr bool residentSizeIsTheCodes = true;
+#endif
+
 // The host's peak resident memory in KiB, from /proc; 0 when it cannot be read.
 qint64 peakMemoryKiB(qint64 pid)
 {
@@ -801,7 +809,8 @@ TEST_F(ExtensionHostProcess, TenThousandRequestsWrittenAtOnceAreAllAnsweredInOrd
     const qint64 peak = peakMemoryKiB(player.processId());
     EXPECT_GT(peak, 0);
     // About 13 MiB at rest; what waits to be read is bounded far below what this would allow.
-    EXPECT_LT(peak, 32 * 1024) << "the host's peak memory, in KiB";
+    if (residentSizeIsTheCodes)
+        EXPECT_LT(peak, 32 * 1024) << "the host's peak memory, in KiB";
     EXPECT_EQ(companion.state(), true);
 }
 

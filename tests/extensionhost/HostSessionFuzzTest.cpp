@@ -175,6 +175,14 @@ private:
     std::mt19937 random_;
 };
 
+// AddressSanitizer keeps freed blocks in quarantine and adds shadow memory and redzones, so in
+// such a build the resident size says nothing about what the code itself holds on to.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool residentSizeIsTheCodes = false;
+#else
+constexpr bool residentSizeIsTheCodes = true;
+#endif
+
 std::size_t residentBytes()
 {
     QFile statm(QStringLiteral("/proc/self/statm"));
@@ -253,7 +261,8 @@ TEST(HostSessionFuzz, HundredThousandHostileFramesNeitherCrashNorHangNorGrowWith
     EXPECT_GT(connections, 100u) << "the generator ends connections as well";
     EXPECT_EQ(suite->observerCount(), 0u) << "every ended connection stopped observing";
     // Only the keys written stay behind; nothing accumulates per frame.
-    EXPECT_LT(residentBytes(), residentBefore + 64u * 1024 * 1024);
+    if (residentSizeIsTheCodes)
+        EXPECT_LT(residentBytes(), residentBefore + 64u * 1024 * 1024);
     std::printf("seed %u: %zu frames written, %zu delivered over %zu connections, %zu answers\n",
                 seed, sent, delivered, connections, answered);
 }
