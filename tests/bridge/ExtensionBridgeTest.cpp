@@ -3,10 +3,10 @@
 
 #include "platform/ExtensionBridge.h"
 #include "QtPrinters.h"
+#include "support/ContextThread.h"
 #include "support/DevExtensionPeer.h"
 #include "support/TestSupport.h"
 #include "util/Json.h"
-#include "util/ThreadHandOff.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,6 @@
 #include <QThread>
 
 #include <algorithm>
-#include <future>
 #include <mutex>
 
 namespace lexmira {
@@ -432,28 +431,9 @@ TEST(ExtensionBridge, CallsInFlightCompleteAfterTheBridgeIsGone)
     EXPECT_EQ(state.enabled, true);
 }
 
-// A context that lives on a thread of its own, with the thread each answer ran on.
-class WorkerContext {
+// The threads the answers ran on. Thread-safe.
+class ThreadsRan {
 public:
-    WorkerContext()
-    {
-        context_ = new QObject;
-        context_->moveToThread(&thread_);
-        home_->moveToThread(&thread_);
-        QObject::connect(&thread_, &QThread::finished, home_, &QObject::deleteLater);
-        thread_.start();
-    }
-    ~WorkerContext()
-    {
-        destroy();
-        thread_.quit();
-        thread_.wait();
-    }
-
-    QObject* context() const { return context_; }
-    QThread* thread() { return &thread_; }
-
-    // Records that an answer ran, and where.
     void ran()
     {
         const std::lock_guard lock(mutex_);
@@ -465,27 +445,7 @@ public:
         return threads_;
     }
 
-    // Destroys the context on its own thread and returns once it is gone.
-    void destroy()
-    {
-        if (!context_)
-            return;
-        // Waited for through a promise, which the sanitizer sees, rather than a blocking queued
-        // call inside Qt, which it does not.
-        std::promise<void> deleted;
-        ThreadHandOff::queue(home_, [this, &deleted] {
-            delete context_;
-            deleted.set_value();
-        });
-        deleted.get_future().wait();
-        context_ = nullptr;
-    }
-
 private:
-    QThread thread_;
-    QObject* context_ = nullptr;
-    // Lives on thread_ for as long as it runs.
-    QObject* home_ = new QObject;
     mutable std::mutex mutex_;
     std::vector<QThread*> threads_;
 };
@@ -495,8 +455,9 @@ TEST(ExtensionBridge, EveryCompletionRunsOnTheThreadOfItsContext)
     test::DevExtensionPeer peer;
     ASSERT_TRUE(peer.isServing());
     const auto bridge = ExtensionBridge::create();
-    WorkerContext worker;
-    const auto ran = [&worker](auto&&...) { worker.ran(); };
+    test::ContextThread worker;
+    ThreadsRan answers;
+    const auto ran = [&answers](auto&&...) { answers.ran(); };
     bridge->getState(extensionId, worker.context(), ran);
     bridge->dispatchMessage(QStringLiteral("openSafari"), extensionId, std::nullopt,
                             worker.context(), ran);
@@ -507,8 +468,8 @@ TEST(ExtensionBridge, EveryCompletionRunsOnTheThreadOfItsContext)
                             nlohmann::ordered_json{{"code", std::string("\xff")}}, worker.context(),
                             ran);
 
-    ASSERT_TRUE(test::waitUntil([&] { return worker.threads().size() == 5; }));
-    for (QThread* thread : worker.threads())
+    ASSERT_TRUE(test::waitUntil([&] { return answers.threads().size() == 5; }));
+    for (QThread* thread : answers.threads())
         EXPECT_EQ(thread, worker.thread());
 }
 
@@ -524,11 +485,12 @@ TEST(ExtensionBridge, ACompletionWhoseContextIsGoneBeforeTheAnswerIsDropped)
     Answer droppedName;
     bridge->getBrowserName(extensionId, context.get(),
                            [&droppedName](QString) { ++droppedName.calls; });
-    WorkerContext worker;
+    test::ContextThread worker;
+    ThreadsRan answers;
     bridge->dispatchMessage(QStringLiteral("openSafari"), extensionId, std::nullopt,
-                            worker.context(), [&worker](auto&&...) { worker.ran(); });
+                            worker.context(), [&answers](auto&&...) { answers.ran(); });
     context.reset();
-    worker.destroy();
+    worker.destroyContext();
 
     // A call made at the same time with a living context is answered, so the others were too.
     Answer kept;
@@ -537,7 +499,7 @@ TEST(ExtensionBridge, ACompletionWhoseContextIsGoneBeforeTheAnswerIsDropped)
     test::spin(200ms);
     EXPECT_EQ(dropped.calls, 0);
     EXPECT_EQ(droppedName.calls, 0);
-    EXPECT_TRUE(worker.threads().empty());
+    EXPECT_TRUE(answers.threads().empty());
     const auto calls = peer.calls();
     EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
                             [](const auto& call) { return call["method"] == "DispatchMessage"; }),

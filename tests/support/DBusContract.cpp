@@ -110,6 +110,26 @@ QString introspect(const QDBusConnection& bus, const QString& service, const QSt
     return reply.arguments().front().toString();
 }
 
+testing::AssertionResult declaresContract(const std::map<QString, DBusInterface>& declared,
+                                          const QString& fileName)
+{
+    const auto contract = contractInterfaces(fileName);
+    if (contract.empty())
+        return testing::AssertionFailure() << fileName.toStdString() << " declares no interface";
+    for (const auto& [name, interface] : contract) {
+        const auto found = declared.find(name);
+        if (found == declared.end())
+            return testing::AssertionFailure() << name.toStdString() << " is not declared";
+        if (found->second.listed() != interface.listed())
+            return testing::AssertionFailure()
+                   << name.toStdString() << " declares\n"
+                   << found->second.listed() << "where " << fileName.toStdString()
+                   << " declares\n"
+                   << interface.listed();
+    }
+    return testing::AssertionSuccess();
+}
+
 } // namespace test
 
 } // namespace lexmira

@@ -6,6 +6,8 @@
 #include <QDBusConnection>
 #include <QString>
 
+#include <gtest/gtest.h>
+
 #include <map>
 #include <optional>
 #include <set>
@@ -38,6 +40,11 @@ QString contractFile(const QString& fileName);
 
 // The interfaces one contract file declares.
 std::map<QString, DBusInterface> contractInterfaces(const QString& fileName);
+
+// Whether declared (what an object says of itself) holds each interface of one contract file
+// with exactly its members; a failure names the interface and lists both sides.
+testing::AssertionResult declaresContract(const std::map<QString, DBusInterface>& declared,
+                                          const QString& fileName);
 
 // What the object at path of service says of itself through org.freedesktop.DBus.Introspectable;
 // empty when it does not answer.

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include "util/ThreadHandOff.h"
+#include "support/ContextThread.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@
 #include <QCoreApplication>
 #include <QThread>
 
-#include <future>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -42,57 +42,6 @@ private:
     std::vector<std::pair<int, QThread*>> runs_;
 };
 
-// A thread with an event loop and a context on it, destroyed on that thread on request.
-class Worker {
-public:
-    Worker()
-    {
-        context_ = new QObject;
-        context_->moveToThread(&thread_);
-        home_->moveToThread(&thread_);
-        QObject::connect(&thread_, &QThread::finished, home_, &QObject::deleteLater);
-        thread_.start();
-    }
-    ~Worker()
-    {
-        destroyContext();
-        thread_.quit();
-        thread_.wait();
-    }
-
-    QObject* context() const { return context_; }
-    QThread* thread() { return &thread_; }
-
-    // Runs work on the worker thread and returns once it has run. The way back is a promise, which
-    // the sanitizer sees, rather than a blocking queued call inside Qt, which it does not.
-    void runThere(const std::function<void()>& work)
-    {
-        std::promise<void> done;
-        ThreadHandOff::queue(home_, [&] {
-            work();
-            done.set_value();
-        });
-        done.get_future().wait();
-    }
-    // Destroys the context on its thread, right after before has run there.
-    void destroyContext(const std::function<void()>& before = {})
-    {
-        if (!context_)
-            return;
-        runThere([this, &before] {
-            if (before)
-                before();
-            delete context_;
-        });
-        context_ = nullptr;
-    }
-
-private:
-    QThread thread_;
-    QObject* context_ = nullptr;
-    QObject* home_ = new QObject;
-};
-
 TEST(ThreadHandOffBind, ACallRunsLaterOnTheContextsThreadWithItsArguments)
 {
     Runs runs;
@@ -109,7 +58,7 @@ TEST(ThreadHandOffBind, ACallRunsLaterOnTheContextsThreadWithItsArguments)
 TEST(ThreadHandOffBind, CallsFromAnyThreadRunOnTheThreadOfAContextLivingElsewhere)
 {
     Runs runs;
-    Worker worker;
+    test::ContextThread worker;
     const auto bound = ThreadHandOff::bind(worker.context(), runs.completion());
     bound(1);
     std::thread other([&] { bound(2); });
@@ -149,7 +98,7 @@ TEST(ThreadHandOffBind, ACallMadeAfterTheContextIsDestroyedIsDropped)
 TEST(ThreadHandOffBind, AContextDestroyedOnItsOwnThreadDropsWhatWasQueuedAndWhatComesLater)
 {
     Runs runs;
-    Worker worker;
+    test::ContextThread worker;
     const auto bound = ThreadHandOff::bind(worker.context(), runs.completion());
     // Queued while the worker is busy, so it cannot have run before the context goes.
     worker.destroyContext([&] {
