@@ -809,8 +809,9 @@ TEST_F(ExtensionHostProcess, TenThousandRequestsWrittenAtOnceAreAllAnsweredInOrd
     const qint64 peak = peakMemoryKiB(player.processId());
     EXPECT_GT(peak, 0);
     // About 13 MiB at rest; what waits to be read is bounded far below what this would allow.
-    if (residentSizeIsTheCodes)
+    if (residentSizeIsTheCodes) {
         EXPECT_LT(peak, 32 * 1024) << "the host's peak memory, in KiB";
+    }
     EXPECT_EQ(companion.state(), true);
 }
 
