@@ -12,6 +12,7 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QHash>
 #include <QProcess>
@@ -21,6 +22,7 @@
 
 #include <future>
 #include <map>
+#include <memory>
 #include <optional>
 
 namespace lexmira {
@@ -361,6 +363,25 @@ TEST(HandOverWithNoInstance, AnswersNone)
 {
     EXPECT_FALSE(QDBusConnection::sessionBus().interface()->isServiceRegistered(serviceName));
     EXPECT_EQ(SingleInstance::handOverIfRunning(std::nullopt, {}), std::nullopt);
+}
+
+// An instance that holds the name but never answers does not keep a later launch forever: the
+// call ends at the hand-over's time-out (ten seconds) as a failure, not as "no instance".
+TEST(HandOverToAnInstanceThatNeverAnswers, EndsAtTheTimeOutAsAFailure)
+{
+    sd_bus* opened = nullptr;
+    ASSERT_GE(sd_bus_open_user(&opened), 0);
+    const std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)> silent(
+        opened, &sd_bus_flush_close_unref);
+    // Owns the name and never reads what arrives for it.
+    ASSERT_GE(sd_bus_request_name(silent.get(), "com.lexmira.companion", 0), 0);
+
+    QElapsedTimer waited;
+    waited.start();
+    EXPECT_EQ(SingleInstance::handOverIfRunning(QStringLiteral("lexmira.extension://oauth?code=1"),
+                                                {}),
+              std::optional<bool>(false));
+    EXPECT_GE(waited.elapsed(), 9000) << "it waited for the answer up to its time-out";
 }
 
 // The hand-over is built with sd-bus, apart from the adaptor the instance answers with: the call
