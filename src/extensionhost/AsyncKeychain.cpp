@@ -17,6 +17,10 @@ AsyncKeychain::AsyncKeychain(std::shared_ptr<KeychainItems> items)
     thread_.setObjectName(QStringLiteral("keychain"));
     worker_->moveToThread(&thread_);
     QObject::connect(&thread_, &QThread::finished, worker_, &QObject::deleteLater);
+    // Emitted on the thread as it ends, after its last call.
+    QObject::connect(
+        &thread_, &QThread::finished, worker_, [this] { ThreadHandOff::release(&thread_); },
+        Qt::DirectConnection);
     thread_.start();
 }
 
@@ -24,6 +28,7 @@ AsyncKeychain::~AsyncKeychain()
 {
     thread_.quit();
     thread_.wait();
+    ThreadHandOff::acquire(&thread_);
 }
 
 void AsyncKeychain::run(QObject* context, Completion completion, std::function<Result()> call)

@@ -104,12 +104,21 @@ Json replyTo(const Json& dispatch, const Json& error = nullptr)
     return {{"type", "reply"}, {"id", dispatch.at("id")}, {"error", error}};
 }
 
-// AddressSanitizer keeps freed blocks in quarantine and adds shadow memory and redzones, so in
-// such a build the resident size says nothing about what the code itself holds on to.
-#if defined(__SANITIZE_ADDRESS__)
+// AddressSanitizer keeps freed blocks in quarantine and adds shadow memory and redzones, and
+// ThreadSanitizer keeps shadow memory for every word, so in such a build the resident size says
+// nothing about what the code itself holds on to.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool residentSizeIsTheCodes = false;
 #else
 constexpr bool residentSizeIsTheCodes = true;
+#endif
+
+// ThreadSanitizer makes every memory access several times slower; the times the contract gives
+// are held exactly in the other builds, and with this much room in that one.
+#if defined(__SANITIZE_THREAD__)
+constexpr int sanitizerTimeScale = 4;
+#else
+constexpr int sanitizerTimeScale = 1;
 #endif
 
 // The host's peak resident memory in KiB, from /proc; 0 when it cannot be read.
@@ -330,7 +339,7 @@ protected:
         ASSERT_TRUE(test::waitUntil(
             [] { return connectedExtensions() == std::vector{otherChromiumId.toStdString()}; },
             5s));
-        EXPECT_LT(sinceBadInput.elapsed(), 1000);
+        EXPECT_LT(sinceBadInput.elapsed(), 1000 * sanitizerTimeScale);
 
         EXPECT_TRUE(broker->running());
         EXPECT_EQ(companion.state(), true);
@@ -347,7 +356,7 @@ protected:
         QElapsedTimer sinceClosed;
         sinceClosed.start();
         ASSERT_TRUE(companion.waitForState(false));
-        EXPECT_LT(sinceClosed.elapsed(), 1000);
+        EXPECT_LT(sinceClosed.elapsed(), 1000 * sanitizerTimeScale);
     }
 
     const QString keptKey = QStringLiteral("kept");
@@ -411,13 +420,13 @@ TEST_F(ExtensionHostProcess, TheStateIsTrueWithinASecondOfHelloAndFalseWithinASe
     sinceHello.start();
     ASSERT_TRUE(player.hello());
     ASSERT_TRUE(companion.waitForState(true));
-    EXPECT_LT(sinceHello.elapsed(), 1000);
+    EXPECT_LT(sinceHello.elapsed(), 1000 * sanitizerTimeScale);
 
     player.closeInput();
     QElapsedTimer sinceClosed;
     sinceClosed.start();
     ASSERT_TRUE(companion.waitForState(false));
-    EXPECT_LT(sinceClosed.elapsed(), 1000);
+    EXPECT_LT(sinceClosed.elapsed(), 1000 * sanitizerTimeScale);
     EXPECT_TRUE(player.waitForExit());
     EXPECT_TRUE(player.exitedNormally());
 }
@@ -511,7 +520,7 @@ TEST_F(ExtensionHostProcess, AConnectionThatEndsDuringADispatchFailsTheCallAtOnc
     sinceClosed.start();
     player.closeInput();
     ASSERT_TRUE(Companion::waitFor(answer));
-    EXPECT_LT(sinceClosed.elapsed(), 1000);
+    EXPECT_LT(sinceClosed.elapsed(), 1000 * sanitizerTimeScale);
     ASSERT_TRUE(answer->error);
     const std::string message = answer->error->localizedDescription.toStdString();
     EXPECT_NE(message.find("connection has ended"), std::string::npos) << message;
@@ -824,12 +833,13 @@ TEST_F(ExtensionHostProcess, AHostKilledDuringADispatchFailsTheCallAndTheBrokerG
     sinceKilled.start();
     player.kill();
     ASSERT_TRUE(Companion::waitFor(answer));
-    EXPECT_LT(sinceKilled.elapsed(), 1000) << "the call fails as the connection ends";
+    EXPECT_LT(sinceKilled.elapsed(), 1000 * sanitizerTimeScale)
+        << "the call fails as the connection ends";
     ASSERT_TRUE(answer->error);
     const std::string message = answer->error->localizedDescription.toStdString();
     EXPECT_NE(message.find("connection ended"), std::string::npos) << message;
     ASSERT_TRUE(companion.waitForState(false));
-    EXPECT_LT(sinceKilled.elapsed(), 1000);
+    EXPECT_LT(sinceKilled.elapsed(), 1000 * sanitizerTimeScale);
     EXPECT_TRUE(broker->running());
     EXPECT_TRUE(isOwned(serviceName));
 
@@ -911,7 +921,7 @@ TEST_F(ExtensionHostProcess, TheStateStaysTrueUntilTheLastConnectionEnds)
     QElapsedTimer sinceClosed;
     sinceClosed.start();
     ASSERT_TRUE(companion.waitForState(false));
-    EXPECT_LT(sinceClosed.elapsed(), 1000);
+    EXPECT_LT(sinceClosed.elapsed(), 1000 * sanitizerTimeScale);
 }
 
 TEST_F(ExtensionHostProcess, WhenTheNewestConnectionEndsTheOlderOneReceivesDispatches)
@@ -948,7 +958,7 @@ TEST_F(ExtensionHostProcess, ConnectedHostsAttachAgainToABrokerThatCameBack)
     QElapsedTimer sinceBack;
     sinceBack.start();
     ASSERT_TRUE(companion.waitForState(true, 5s));
-    EXPECT_LT(sinceBack.elapsed(), 1000);
+    EXPECT_LT(sinceBack.elapsed(), 1000 * sanitizerTimeScale);
 
     const auto answer = companion.dispatch(QStringLiteral("oauthExchange"), Json{{"code", "x"}});
     const auto frame = player.takeFrame(isDispatch);

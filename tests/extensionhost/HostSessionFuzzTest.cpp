@@ -175,9 +175,10 @@ private:
     std::mt19937 random_;
 };
 
-// AddressSanitizer keeps freed blocks in quarantine and adds shadow memory and redzones, so in
-// such a build the resident size says nothing about what the code itself holds on to.
-#if defined(__SANITIZE_ADDRESS__)
+// AddressSanitizer keeps freed blocks in quarantine and adds shadow memory and redzones, and
+// ThreadSanitizer keeps shadow memory for every word, so in such a build the resident size says
+// nothing about what the code itself holds on to.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool residentSizeIsTheCodes = false;
 #else
 constexpr bool residentSizeIsTheCodes = true;

@@ -80,8 +80,9 @@ protected:
     }
 
     HttpsTestServer server;
-    std::unique_ptr<HttpClient> client;
+    // Outlives the client, whose worker thread may still complete into it until the client goes.
     Recorder recorder;
+    std::unique_ptr<HttpClient> client;
 };
 
 TEST_F(HttpClientTest, SendsMethodHeaderFieldsInOrderAndBody)
@@ -364,6 +365,19 @@ TEST(HttpCookieParser, TakesNamesAndValuesVerbatimAndSkipsOtherFields)
                                   {"X-Set-Cookie", "ignored=1"}};
     EXPECT_EQ(parser->cookies(fields, QUrl(QStringLiteral("https://account.test/v3"))),
               (std::vector<HttpCookie>{{"CSRF-Token", "x"}, {"lxauth", "a=b"}}));
+}
+
+TEST(HttpCookieParser, ACookieWhoseValueHoldsANulIsNotTaken)
+{
+    // Found by the account response fuzz target: the value went back to the server in the next
+    // request's X-Container-Id and cookie fields, NUL and all.
+    const auto parser = HttpCookieParser::create();
+    const HttpHeaderFields fields{
+        {"Set-Cookie", QByteArray("norv_containerId=\"anonymous\"\0\0\0\"*lx<\x01", 37)},
+        {"Set-Cookie", QByteArray("lxauth=a\0b; Path=/", 18)},
+        {"Set-Cookie", "csrf-token=C"}};
+    EXPECT_EQ(parser->cookies(fields, QUrl(QStringLiteral("https://account.test/v3"))),
+              (std::vector<HttpCookie>{{"csrf-token", "C"}}));
 }
 
 TEST(HttpCookieParser, NoSetCookieMeansNoCookies)

@@ -159,6 +159,7 @@ public:
     {
         quit();
         wait();
+        ThreadHandOff::acquire(this);
     }
 
     // Lives on this thread; valid until the thread ends.
@@ -167,10 +168,14 @@ public:
 protected:
     void run() override
     {
-        QNetworkAccessManager manager;
-        managerReady_.set_value(&manager);
-        exec();
-        // Leaving scope destroys the replies still running, without a finished signal.
+        {
+            QNetworkAccessManager manager;
+            managerReady_.set_value(&manager);
+            exec();
+            // Leaving scope destroys the replies still running, without a finished signal.
+        }
+        // Everything the thread did happens before the destructor's wait() returns.
+        ThreadHandOff::release(this);
     }
 
 private:

@@ -17,6 +17,12 @@ bool isUtf8(const QByteArray& bytes)
     return !utf8.hasError();
 }
 
+// What a later request can send back inside one header field: no line break, no NUL.
+bool fitsInAHeaderField(const QByteArray& bytes)
+{
+    return !bytes.contains('\r') && !bytes.contains('\n') && !bytes.contains('\0');
+}
+
 class QtCookieParser final : public HttpCookieParser {
 public:
     std::vector<HttpCookie> cookies(const HttpHeaderFields& headerFields,
@@ -28,9 +34,12 @@ public:
                 continue;
             for (const QByteArray& text : HttpCookieFields::split(value)) {
                 for (QNetworkCookie cookie : QNetworkCookie::parseCookies(text)) {
-                    // Names and values are kept as text further on; bytes that are not text
-                    // would make every later use of the cookie fail, so the cookie is not taken.
-                    if (!isUtf8(cookie.name()) || !isUtf8(cookie.value()))
+                    // Names and values are kept as text further on, and go back to the server
+                    // in a header field; bytes that are not text would make every later use of
+                    // the cookie fail, and a NUL would end the field early, so such a cookie is
+                    // not taken.
+                    if (!isUtf8(cookie.name()) || !isUtf8(cookie.value()) ||
+                        !fitsInAHeaderField(cookie.name()) || !fitsInAHeaderField(cookie.value()))
                         continue;
                     cookie.normalize(url);
                     result.push_back({cookie.name().toStdString(), cookie.value().toStdString()});
