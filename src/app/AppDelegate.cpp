@@ -11,6 +11,7 @@
 #include "app/Env.h"
 #include "app/MainWindow.h"
 #include "app/MainWindowController.h"
+#include "app/StartupTrace.h"
 #include "bridge/OAuth.h"
 #include "platform/Appearance.h"
 #include "platform/MainBundle.h"
@@ -74,7 +75,9 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     mainWindowController_->setWindow(std::make_unique<MainWindow>(
         QString::fromStdString(env().appInfo.appName), makeEnableExtensionViewController()));
+    startupTrace::mark("windowBuilt");
     mainWindowController_->showWindow(this);
+    startupTrace::mark("windowShown");
     env().tracker().norv().recordAppStart();
 }
 

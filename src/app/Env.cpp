@@ -6,6 +6,7 @@
 #include "Common/DeploymentConfig.h"
 #include "EnableExtensionView/ExtensionPreferences.h"
 #include "app/ModalAlertPresenter.h"
+#include "app/StartupTrace.h"
 #include "bridge/OAuth.h"
 #include "platform/Appearance.h"
 #include "platform/ExtensionBridge.h"
@@ -78,6 +79,7 @@ Env::Env(const Bundle& bundle)
     extensionPreferences_ = std::make_unique<ExtensionPreferences>(
         *extensionBridge_, QString::fromStdString(appInfo.extensionBundleIdentifier),
         *alertPresenter_, skrivo());
+    startupTrace::mark("envBuilt");
 }
 
 Env::~Env() = default;

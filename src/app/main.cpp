@@ -8,6 +8,7 @@
 #include "app/Doctor.h"
 #include "app/Env.h"
 #include "app/MainMenu.h"
+#include "app/StartupTrace.h"
 #include "platform/LaunchActivation.h"
 #include "platform/MainBundle.h"
 #include "platform/ProcessSession.h"
@@ -93,6 +94,7 @@ using namespace lexmira;
 
 int main(int argc, char** argv)
 {
+    startupTrace::mark("main");
     const Bundle mainBundle(mainBundleDirectory());
     const auto command =
         CommandLine::parse(argumentList(argc, argv),
@@ -117,10 +119,12 @@ int main(int argc, char** argv)
     // application object; the checks below still catch an instance that started meanwhile.
     if (const auto handedOver = SingleInstance::handOverIfRunning(command.url, launch))
         return *handedOver ? 0 : 1;
+    startupTrace::mark("noInstanceAnswered");
     if (!displayAvailable())
         return forwardWithoutDisplay(argc, argv, command.url, launch);
 
     Application application(argc, argv);
+    startupTrace::mark("applicationBuilt");
     hideCommandLineArguments(argc, argv);
     installTranslation(application, mainBundleDirectory());
     application.setDesktopFileName(applicationId);
@@ -132,11 +136,13 @@ int main(int argc, char** argv)
     const auto instance = SingleInstance::create();
     if (instance->claim() == SingleInstance::Role::secondary)
         return instance->forward(command.url, launch) ? 0 : 1;
+    startupTrace::mark("instanceClaimed");
 
     // The menu's titles are the first use of the environment, so the whole object graph is
     // built here, before the delegate exists.
     application.setMainMenu(
         std::make_unique<MainMenu>(QString::fromStdString(env().appInfo.appName)));
+    startupTrace::mark("menuBuilt");
     AppDelegate::shared();
 
     QObject::connect(instance.get(), &SingleInstance::activateRequested, &application,

@@ -6,14 +6,41 @@
 // baseline the companion's start-up, memory and idle cost are measured against.
 //
 //     bench-bare-window [WIDTH HEIGHT]
+//
+// Leaves the same start-up marks as the companion where it reaches the same points, when
+// LEXMIRA_STARTUP_TRACE names a file.
 
 #include <QApplication>
 #include <QScreen>
 #include <QWidget>
 
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+void mark(const char* name)
+{
+    static const char* const path = std::getenv("LEXMIRA_STARTUP_TRACE");
+    if (!path || !*path)
+        return;
+    const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(
+                        std::chrono::steady_clock::now().time_since_epoch())
+                        .count();
+    if (std::FILE* file = std::fopen(path, "ae")) {
+        std::fprintf(file, "%s %lld\n", name, static_cast<long long>(ns));
+        std::fclose(file);
+    }
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
+    mark("main");
     QApplication application(argc, argv);
+    mark("applicationBuilt");
     const QStringList arguments = QApplication::arguments();
     const int width = arguments.size() > 2 ? arguments.at(1).toInt() : 550;
     const int height = arguments.size() > 2 ? arguments.at(2).toInt() : 367;
@@ -27,6 +54,8 @@ int main(int argc, char** argv)
         frame.moveCenter(screen->availableGeometry().center());
         window.move(frame.topLeft());
     }
+    mark("windowBuilt");
     window.show();
+    mark("windowShown");
     return application.exec();
 }

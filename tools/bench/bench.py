@@ -218,6 +218,7 @@ class Bench:
         self.peer = None
         self.results = {}
         self.notes = {}
+        self.startup_marks = {}
 
     def program(self, name):
         return os.path.join(self.bin, name)
@@ -237,14 +238,33 @@ class Bench:
                        stdout=subprocess.DEVNULL)
 
     # A window started through the map watcher: (process id, ns from start to mapped, size).
-    def start_window(self, argv):
+    # With trace naming the program ("companion", "bare"), its start-up marks (milliseconds from
+    # the fork, in the order they were reached) are added to self.startup_marks[trace], the
+    # mapping last.
+    def start_window(self, argv, trace=None):
+        environment = dict(os.environ)
+        trace_path = os.path.join(self.work, "startup-trace")
+        if trace:
+            environment["LEXMIRA_STARTUP_TRACE"] = trace_path
+            if os.path.exists(trace_path):
+                os.unlink(trace_path)
         # The command's output goes to a log: it must not hold the watcher's answer open.
         with open(os.path.join(self.work, "windows.log"), "a") as log:
             watch = subprocess.run([self.program("bench-map-watch"), "--", *argv],
-                                   stdout=subprocess.PIPE, stderr=log, text=True, timeout=60)
+                                   stdout=subprocess.PIPE, stderr=log, text=True, timeout=60,
+                                   env=environment)
         answer = json.loads(watch.stdout.strip().splitlines()[-1])
         if "error" in answer:
             raise RuntimeError(f"{argv[0]}: {answer['error']}")
+        if trace:
+            marks = []
+            with open(trace_path) as file:
+                for line in file:
+                    name, ns = line.split()
+                    marks.append((name, (int(ns) - answer["startNs"]) / 1e6))
+            marks.append(("windowMapped", answer["startToMapNs"] / 1e6))
+            for name, ms in marks:
+                self.startup_marks.setdefault(trace, {}).setdefault(name, []).append(ms)
         return answer["pid"], answer["startToMapNs"], (answer["width"], answer["height"])
 
     @staticmethod
@@ -284,10 +304,11 @@ class Bench:
                 self.peer_ctl("enable")
                 if which == "companion":
                     wait_until(lambda: not name_has_owner(COMPANION[0]), what="no companion")
-                    pid, ns, size = self.start_window(self.companion_argv())
+                    pid, ns, size = self.start_window(self.companion_argv(), trace="companion")
                 else:
                     pid, ns, _ = self.start_window(
-                        [self.program("bench-bare-window"), str(size[0]), str(size[1])])
+                        [self.program("bench-bare-window"), str(size[0]), str(size[1])],
+                        trace="bare")
                 start[which].append(ns / 1e6)
                 time.sleep(self.options.settle_seconds)
                 cpu_enabled[which].append(idle_cpu_percent(pid, idle))
@@ -482,12 +503,19 @@ def print_report(bench, options):
     print("\nHow the costs grow:")
     for key, value in bench.results["scaling"].items():
         print(f"  {key:<44} {value:.2f}" if isinstance(value, float) else f"  {key:<44} {value}")
+    startup = {}
+    for which, title in (("companion", "the companion"), ("bare", "the bare window")):
+        print(f"\nWhere {title}'s start-up time goes (ms from exec to each mark, medians (p95)):")
+        startup[which] = {}
+        for name, values in bench.startup_marks.get(which, {}).items():
+            mark = startup[which][name] = summary(values)
+            print(f"  {name:<44} {mark['median']:8.2f} ({mark['p95']:.2f})")
     for title, key in (("companion", "memory_by_kind"), ("bare window", "bare_memory_by_kind")):
         print(f"\nResident memory by kind, {title} (MiB):")
         for kind, kib in bench.notes.get(key, {}).items():
             print(f"  {kind:<44} {kib / 1024:.2f}")
     line = {"rounds": options.rounds, "figures": rows, "scaling": bench.results["scaling"],
-            "memory_by_kind_kib": bench.notes}
+            "startup_ms": startup, "memory_by_kind_kib": bench.notes}
     print("\nBENCH_JSON " + json.dumps(line, separators=(",", ":")))
 
 

@@ -6,7 +6,8 @@
 //
 //     bench-map-watch [--timeout-ms N] -- COMMAND [ARGUMENT...]
 //
-// Prints one JSON line: {"pid":P,"startToMapNs":T,"width":W,"height":H}, or
+// Prints one JSON line: {"pid":P,"startNs":S,"startToMapNs":T,"width":W,"height":H}, S being
+// CLOCK_MONOTONIC at the fork, or
 // {"pid":P,"error":"..."} with exit status 1 when the command exits or the timeout passes
 // first. Meant for a display without a window manager (Xvfb), where a client's top-level
 // windows are the root's children.
@@ -96,8 +97,10 @@ int main(int argc, char** argv)
             const long long mapped = nowNs();
             XWindowAttributes attributes{};
             XGetWindowAttributes(display, event.xmap.window, &attributes);
-            std::printf("{\"pid\":%d,\"startToMapNs\":%lld,\"width\":%d,\"height\":%d}\n",
-                        static_cast<int>(pid), mapped - start, attributes.width, attributes.height);
+            std::printf("{\"pid\":%d,\"startNs\":%lld,\"startToMapNs\":%lld,\"width\":%d,"
+                        "\"height\":%d}\n",
+                        static_cast<int>(pid), start, mapped - start, attributes.width,
+                        attributes.height);
             return 0;
         }
         int status = 0;
