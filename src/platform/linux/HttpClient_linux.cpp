@@ -14,6 +14,7 @@
 #include <QTimer>
 
 #include <future>
+#include <optional>
 
 namespace lexmira {
 
@@ -165,6 +166,17 @@ public:
     // Lives on this thread; valid until the thread ends.
     QNetworkAccessManager* manager() const { return manager_; }
 
+    // The TLS settings of every request, made on this thread at the first request: setting up
+    // TLS loads the TLS libraries and reads their configuration, which the start of the
+    // application does not wait for.
+    const QSslConfiguration& tls()
+    {
+        Q_ASSERT(QThread::currentThread() == this);
+        if (!tls_)
+            tls_ = verifyingTlsConfiguration();
+        return *tls_;
+    }
+
 protected:
     void run() override
     {
@@ -181,30 +193,30 @@ protected:
 private:
     std::promise<QNetworkAccessManager*> managerReady_;
     QNetworkAccessManager* manager_ = nullptr;
+    std::optional<QSslConfiguration> tls_;
 };
 
 class QtHttpClient final : public HttpClient {
 public:
     explicit QtHttpClient(QByteArray userAgent)
-        : tls_(verifyingTlsConfiguration())
-        , userAgent_(std::move(userAgent))
+        : userAgent_(std::move(userAgent))
     {
     }
 
     void send(HttpRequest request, Completion completion) override
     {
         auto* manager = thread_.manager();
-        ThreadHandOff::queue(manager, [manager, tls = tls_, userAgent = userAgent_,
+        ThreadHandOff::queue(manager, [manager, thread = &thread_, userAgent = userAgent_,
                                        request = std::move(request),
                                        completion = std::move(completion)]() mutable {
-            QNetworkReply* reply = manager->sendCustomRequest(networkRequest(request, tls, userAgent),
-                                                              request.method, request.body);
+            QNetworkReply* reply =
+                manager->sendCustomRequest(networkRequest(request, thread->tls(), userAgent),
+                                           request.method, request.body);
             new Exchange(reply, request, std::move(completion));
         });
     }
 
 private:
-    const QSslConfiguration tls_;
     const QByteArray userAgent_;
     NetworkThread thread_;
 };

@@ -29,6 +29,12 @@ public:
     void setObject(const QVariant& value, const QString& key) override
     {
         const QMutexLocker lock(&mutex_);
+        // What another process wrote meanwhile is read first, so the check below sees the file
+        // as it is. A value that is already stored is not written again: every write replaces
+        // the file and waits for the disk, on the thread that asked.
+        settings_.sync();
+        if (value.isValid() ? isStored(value, key) : !settings_.contains(key))
+            return;
         if (value.isValid())
             settings_.setValue(key, value);
         else
@@ -37,6 +43,18 @@ public:
     }
 
 private:
+    // The file keeps most values as text ("false" for false), so the stored value is compared
+    // in the type of the new one.
+    bool isStored(const QVariant& value, const QString& key) const
+    {
+        if (!settings_.contains(key))
+            return false;
+        QVariant stored = settings_.value(key);
+        if (stored.metaType() != value.metaType() && !stored.convert(value.metaType()))
+            return false;
+        return stored == value;
+    }
+
     mutable QMutex mutex_; // QSettings is reentrant, not thread-safe
     QSettings settings_;
 };
