@@ -5,6 +5,7 @@
 #include "ViewFixture.h"
 
 #include <QAccessible>
+#include <QPaintEvent>
 #include <QLabel>
 #include <QMovie>
 #include <QPointer>
@@ -262,6 +263,38 @@ TEST_F(ViewTest, TheAnimationPlaysOnlyWhileItsPanelIsOnScreen)
     EXPECT_EQ(movie->state(), QMovie::NotRunning) << "a closed window plays nothing";
     view->show();
     EXPECT_EQ(movie->state(), QMovie::Running);
+}
+
+TEST_F(ViewTest, AFrameOfTheAnimationRepaintsOnlyWhatChanged)
+{
+    bridge.enabled = false;
+    const auto view = makeView();
+    view->show();
+    ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
+    QLabel* animation = view->animation();
+    ASSERT_TRUE(animation && animation->movie());
+
+    // The areas the animation repaints over a whole loop.
+    struct PaintRecorder : QObject {
+        std::vector<QRect> painted;
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            if (event->type() == QEvent::Paint)
+                painted.push_back(static_cast<QPaintEvent*>(event)->rect());
+            return false;
+        }
+    } recorder;
+    animation->installEventFilter(&recorder);
+    test::spin(5500ms);
+    animation->removeEventFilter(&recorder);
+
+    const int whole = animation->width() * animation->height();
+    const auto small = std::count_if(recorder.painted.begin(), recorder.painted.end(),
+                                     [&](const QRect& r) { return r.width() * r.height() * 4 < whole; });
+    ASSERT_GE(recorder.painted.size(), 30u) << "a loop has 65 frames";
+    // Most of the loop is a pointer moving over a still page.
+    EXPECT_GT(small * 2, static_cast<long>(recorder.painted.size()))
+        << small << " of " << recorder.painted.size() << " repaints were small";
 }
 
 TEST_F(ViewTest, AnAppearanceChangeStopsTheAnimationItCoversForGood)

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QLocale>
 #include <QMovie>
 #include <QScreen>
@@ -315,6 +316,38 @@ INSTANTIATE_TEST_SUITE_P(BothPanelsInBothAppearances, GermanRendering,
                              return std::string(std::get<0>(info.param) ? "Dark" : "Light") +
                                     (std::get<1>(info.param) ? "Enabled" : "Disabled");
                          });
+
+
+// A frame redraws only what changed from the one before; what the X server shows must still be
+// the movie's frame, pixel for pixel, wherever the loop stands.
+class AnimationRendering : public RenderingFixture {};
+
+TEST_F(AnimationRendering, WhatIsOnScreenIsTheMoviesFrameAtEveryPointOfTheLoop)
+{
+    ASSERT_EQ(QGuiApplication::platformName(), QStringLiteral("xcb"));
+    bridge.enabled = false;
+    const auto view = makeView();
+    view->show();
+    ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
+    QLabel* animation = view->animation();
+    ASSERT_TRUE(animation && animation->movie());
+    QMovie* movie = animation->movie();
+    ASSERT_EQ(view->devicePixelRatioF(), 1.0);
+    // Stops at different points of the five-second loop: in the moves and in the rests.
+    for (const auto playFor : {150ms, 260ms, 90ms, 700ms, 330ms, 1200ms, 410ms, 2100ms}) {
+        movie->setPaused(false);
+        test::spin(playFor);
+        movie->setPaused(true);
+        const QImage frame = movie->currentImage().convertToFormat(QImage::Format_RGB32);
+        const QImage screen = shoot(*view).copy(animation->geometry());
+        ASSERT_EQ(screen.size(), frame.size());
+        int differing = 0;
+        for (int y = 0; y < frame.height(); ++y)
+            for (int x = 0; x < frame.width(); ++x)
+                differing += !near(QColor(frame.pixel(x, y)), QColor(screen.pixel(x, y)), 2);
+        EXPECT_EQ(differing, 0) << "frame " << movie->currentFrameNumber();
+    }
+}
 
 } // namespace
 
