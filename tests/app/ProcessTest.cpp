@@ -8,6 +8,7 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -96,6 +97,47 @@ TEST(Process, LaunchingTwiceLeavesOneInstanceOwningTheName)
 
     EXPECT_EQ(first.process().state(), QProcess::Running);
     EXPECT_EQ(ownerPid(), firstPid);
+}
+
+// A later launch hands its request over before anything of Qt is loaded: the dynamic loader's
+// own account of what it loaded names no Qt library.
+TEST(Process, ALaterLaunchHandsOverWithoutLoadingQt)
+{
+    CompanionProcess first;
+    ASSERT_TRUE(test::waitUntil(nameOwned, std::chrono::seconds(20)));
+    const auto firstPid = uint(first.process().processId());
+
+    for (const QStringList& arguments :
+         {QStringList{}, QStringList{QStringLiteral("lexmira.extension://oauth?code=L1")}}) {
+        QProcess later;
+        QProcessEnvironment environment = test::childEnvironment();
+        environment.insert(QStringLiteral("LD_DEBUG"), QStringLiteral("files"));
+        later.setProcessEnvironment(environment);
+        later.start(test::companionBinary(), arguments);
+        ASSERT_TRUE(later.waitForFinished(20000));
+        EXPECT_EQ(later.exitCode(), 0);
+        const QString loaded = QString::fromUtf8(later.readAllStandardError());
+        EXPECT_TRUE(loaded.contains(QStringLiteral("libsystemd"))) << qPrintable(loaded);
+        EXPECT_FALSE(loaded.contains(QStringLiteral("libQt6"))) << qPrintable(loaded);
+    }
+    EXPECT_EQ(ownerPid(), firstPid);
+}
+
+// The command starts the application it was installed with; without it, it says so.
+TEST(Process, TheCommandWithoutItsApplicationSaysSoAndFails)
+{
+    const QTemporaryDir directory;
+    ASSERT_TRUE(directory.isValid());
+    const QString alone = directory.filePath(QStringLiteral("bin/lexmira-companion"));
+    ASSERT_TRUE(QDir().mkpath(directory.filePath(QStringLiteral("bin"))));
+    ASSERT_TRUE(QFile::copy(test::companionBinary(), alone));
+    QProcess process;
+    process.setProcessEnvironment(test::childEnvironment());
+    process.start(alone, {QStringLiteral("--version")});
+    ASSERT_TRUE(process.waitForFinished(20000));
+    EXPECT_EQ(process.exitCode(), 127);
+    EXPECT_TRUE(QString::fromUtf8(process.readAllStandardError())
+                    .contains(QStringLiteral("lexmira-companion: cannot start ")));
 }
 
 // What the running instance tells the bus about its object is what the contract file declares,

@@ -406,13 +406,9 @@ TEST(HandOverCall, IsTheContractsOpenWithAUrlAndActivateWithout)
         EXPECT_EQ(declared->toStdString(), method.signature);
 
         sd_bus_message* call = nullptr;
-        const std::optional<QString> url =
-            withUrl ? std::optional(QStringLiteral("lexmira.extension://oauth?code=C"))
-                    : std::nullopt;
-        ASSERT_GE(
-            ApplicationBus::newHandOverCall(
-                bus.get(), url, {QStringLiteral("token-1"), QStringLiteral("startup-1")}, &call),
-            0);
+        const char* url = withUrl ? "lexmira.extension://oauth?code=C" : nullptr;
+        ASSERT_GE(ApplicationBus::newHandOverCall(bus.get(), url, {"token-1", "startup-1"}, &call),
+                  0);
         EXPECT_STREQ(sd_bus_message_get_destination(call), ApplicationBus::serviceName);
         EXPECT_STREQ(sd_bus_message_get_path(call), ApplicationBus::objectPath);
         EXPECT_STREQ(sd_bus_message_get_interface(call), ApplicationBus::interfaceName);

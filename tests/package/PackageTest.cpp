@@ -172,7 +172,8 @@ protected:
     static bool isUnpacked(uint pid)
     {
         const QString program = QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid)).symLinkTarget();
-        return program.startsWith(installed(QStringLiteral("/usr/bin/")));
+        return program.startsWith(installed(QStringLiteral("/usr/bin/"))) ||
+               program.startsWith(installed(QStringLiteral("/usr/libexec/")));
     }
 
     static QString ownerProgram(const QString& name)
@@ -228,8 +229,10 @@ private:
         const QDir installedServices(installed(QStringLiteral("/usr/share/dbus-1/services")));
         for (const QString& name : installedServices.entryList(QDir::Files)) {
             QString text = readText(installedServices.filePath(name));
-            text.replace(QStringLiteral("\nExec=/usr/bin/"),
-                         QStringLiteral("\nExec=") + installed(QStringLiteral("/usr/bin/")));
+            for (const QString& directory :
+                 {QStringLiteral("/usr/bin/"), QStringLiteral("/usr/libexec/")})
+                text.replace(QStringLiteral("\nExec=") + directory,
+                             QStringLiteral("\nExec=") + installed(directory));
             QFile copy(QDir(services).filePath(name));
             if (!copy.open(QIODevice::WriteOnly) || copy.write(text.toUtf8()) < 0)
                 return;
@@ -297,6 +300,7 @@ TEST_F(Package, InstallsTheDesktopFilesWhereTheDesktopLooksForThem)
              "/usr/share/applications/com.lexmira.companion.desktop",
              "/usr/share/metainfo/com.lexmira.companion.metainfo.xml",
              "/usr/share/icons/hicolor/scalable/apps/com.lexmira.companion.svg",
+             "/usr/libexec/lexmira-companion",
              "/usr/share/man/man1/lexmira-companion.1.gz",
              "/usr/share/man/man1/lexmira-extension-host.1.gz",
              "/usr/share/lexmira-companion/Info.json",
@@ -316,7 +320,8 @@ TEST_F(Package, ServiceFilesNameTheInstalledPrograms)
     const QString companion = readText(services + QStringLiteral("com.lexmira.companion.service"));
     EXPECT_TRUE(companion.contains(QStringLiteral("\nName=com.lexmira.companion\n")))
         << qPrintable(companion);
-    EXPECT_TRUE(companion.contains(QStringLiteral("\nExec=/usr/bin/lexmira-companion\n")))
+    // The bus starts the application itself; the command is for launches that hand over.
+    EXPECT_TRUE(companion.contains(QStringLiteral("\nExec=/usr/libexec/lexmira-companion\n")))
         << qPrintable(companion);
 
     const QString broker = readText(services + QStringLiteral("com.lexmira.companion.ext.service"));
@@ -333,7 +338,8 @@ TEST_F(Package, SessionBusStartsTheCompanionWhenALauncherActivatesIt)
     const auto call = activate();
     EXPECT_EQ(call.exitCode, 0) << qPrintable(call.err);
     EXPECT_EQ(call.out.trimmed(), QStringLiteral("()"));
-    EXPECT_EQ(ownerProgram(companionName), installed(QStringLiteral("/usr/bin/lexmira-companion")));
+    EXPECT_EQ(ownerProgram(companionName),
+              installed(QStringLiteral("/usr/libexec/lexmira-companion")));
     EXPECT_TRUE(startedByTheBus(companionName));
 
     // A second activation reaches the same instance.
@@ -384,7 +390,8 @@ TEST_F(Package, XdgOpenStartsTheCompanionWhenNoneRunsAndTheStartedOneTakesTheUrl
     const auto userInfo = Json::decode(QByteArray::fromStdString(exchanges[0]["userInfo"]));
     ASSERT_TRUE(userInfo);
     EXPECT_EQ(*userInfo, (nlohmann::ordered_json{{"code", "C2"}, {"codeChallenge", "X2"}}));
-    EXPECT_EQ(ownerProgram(companionName), installed(QStringLiteral("/usr/bin/lexmira-companion")))
+    EXPECT_EQ(ownerProgram(companionName),
+              installed(QStringLiteral("/usr/libexec/lexmira-companion")))
         << "the started companion keeps running as the instance";
     EXPECT_TRUE(startedByTheBus(companionName)) << "the desktop entry asks for D-Bus activation";
 }

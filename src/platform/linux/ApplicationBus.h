@@ -3,11 +3,8 @@
 
 #pragma once
 
-#include "platform/LaunchActivation.h"
-
-#include <QString>
-
 #include <optional>
+#include <string>
 
 struct sd_bus;
 struct sd_bus_message;
@@ -36,12 +33,25 @@ inline constexpr Method open{"Open", "asa{sv}"};
 inline constexpr const char* startupIdKey = "desktop-startup-id";
 inline constexpr const char* activationTokenKey = "activation-token";
 
-// Builds the call a later launch makes on bus: Open with url, or Activate without one, carrying
-// launch's tokens, and not starting an instance when none runs. On success *call is the new
-// message (the caller unrefs it) and its arguments' signature is the method's; otherwise a
-// negative errno and *call is untouched.
-int newHandOverCall(sd_bus* bus, const std::optional<QString>& url, const LaunchActivation& launch,
+// The tokens a launch carries (see LaunchActivation), in UTF-8; either may be empty.
+struct LaunchTokens {
+    std::string activationToken;
+    std::string startupId;
+};
+
+// Builds the call a later launch makes on bus: Open with url (UTF-8), or Activate when url is
+// null, carrying launch's tokens, and not starting an instance when none runs. On success *call
+// is the new message (the caller unrefs it) and its arguments' signature is the method's;
+// otherwise a negative errno and *call is untouched.
+int newHandOverCall(sd_bus* bus, const char* url, const LaunchTokens& launch,
                     sd_bus_message** call);
+
+// A later launch's hand-over, on a connection of its own: true when the running instance took
+// the request, false when there is an instance and the call failed (said on stderr), nothing when
+// no instance runs, there is no session bus or the request cannot be sent (the launch then goes
+// on by itself). Links nothing but sd-bus, so that the launcher can make it before it loads the
+// application.
+std::optional<bool> handOverIfRunning(const char* url, const LaunchTokens& launch);
 
 } // namespace ApplicationBus
 

@@ -138,6 +138,15 @@ private:
 
 } // namespace
 
+std::optional<bool> SingleInstance::handOverIfRunning(const std::optional<QString>& url,
+                                                      const LaunchActivation& launch)
+{
+    const QByteArray utf8 = url ? url->toUtf8() : QByteArray();
+    return ApplicationBus::handOverIfRunning(
+        url ? utf8.constData() : nullptr,
+        {launch.activationToken.toStdString(), launch.startupId.toStdString()});
+}
+
 std::unique_ptr<SingleInstance> SingleInstance::create()
 {
     return std::make_unique<DBusSingleInstance>();

@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Lexmira Companion developers
 // SPDX-License-Identifier: Apache-2.0
 
-#include "platform/SingleInstance.h"
-
 #include "platform/linux/ApplicationBus.h"
 
 #include <systemd/sd-bus.h>
@@ -12,11 +10,12 @@
 #include <cstring>
 #include <memory>
 
-// The hand-over a later launch makes before it loads anything of the user interface: one call
-// on a connection of its own, so that a launch that finds the instance running costs about what
-// any process making one bus call costs. The instance's side and its contract are in
-// SingleInstance_linux.cpp and dbus/org.freedesktop.Application.xml; forward() makes its calls
-// through here too.
+// The hand-over a later launch makes before it loads anything of the application: one call on a
+// connection of its own, so that a launch that finds the instance running costs about what any
+// process making one bus call costs. The launcher (app/launcher.cpp) makes it before it starts
+// the application, and SingleInstance makes its calls through here too; the instance's side and
+// its contract are in SingleInstance_linux.cpp and dbus/org.freedesktop.Application.xml. Nothing
+// here may need Qt.
 
 namespace lexmira {
 
@@ -35,16 +34,15 @@ struct MessageUnref {
 using Bus = std::unique_ptr<sd_bus, BusUnref>;
 using Message = std::unique_ptr<sd_bus_message, MessageUnref>;
 
-int appendToken(sd_bus_message* message, const char* key, const QString& token)
+int appendToken(sd_bus_message* message, const char* key, const std::string& token)
 {
-    if (token.isEmpty())
+    if (token.empty())
         return 0;
-    const QByteArray value = token.toUtf8();
     int r = sd_bus_message_open_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv");
     if (r >= 0)
         r = sd_bus_message_append(message, "s", key);
     if (r >= 0)
-        r = sd_bus_message_append(message, "v", "s", value.constData());
+        r = sd_bus_message_append(message, "v", "s", token.c_str());
     if (r >= 0)
         r = sd_bus_message_close_container(message);
     return r;
@@ -52,7 +50,7 @@ int appendToken(sd_bus_message* message, const char* key, const QString& token)
 
 // The launch's tokens as org.freedesktop.Application's platform data, keys as the instance
 // reads them.
-int appendPlatformData(sd_bus_message* message, const LaunchActivation& launch)
+int appendPlatformData(sd_bus_message* message, const ApplicationBus::LaunchTokens& launch)
 {
     int r = sd_bus_message_open_container(message, SD_BUS_TYPE_ARRAY, "{sv}");
     if (r >= 0)
@@ -66,8 +64,8 @@ int appendPlatformData(sd_bus_message* message, const LaunchActivation& launch)
 
 } // namespace
 
-int ApplicationBus::newHandOverCall(sd_bus* bus, const std::optional<QString>& url,
-                                    const LaunchActivation& launch, sd_bus_message** call)
+int ApplicationBus::newHandOverCall(sd_bus* bus, const char* url, const LaunchTokens& launch,
+                                    sd_bus_message** call)
 {
     const Method& method = url ? open : activate;
     sd_bus_message* created = nullptr;
@@ -79,7 +77,7 @@ int ApplicationBus::newHandOverCall(sd_bus* bus, const std::optional<QString>& u
     // The bus must not start an instance for this call: a launch that finds none becomes it.
     r = sd_bus_message_set_auto_start(message.get(), 0);
     if (r >= 0 && url)
-        r = sd_bus_message_append(message.get(), "as", 1, url->toUtf8().constData());
+        r = sd_bus_message_append(message.get(), "as", 1, url);
     if (r >= 0)
         r = appendPlatformData(message.get(), launch);
     if (r < 0)
@@ -92,8 +90,7 @@ int ApplicationBus::newHandOverCall(sd_bus* bus, const std::optional<QString>& u
     return 0;
 }
 
-std::optional<bool> SingleInstance::handOverIfRunning(const std::optional<QString>& url,
-                                                      const LaunchActivation& launch)
+std::optional<bool> ApplicationBus::handOverIfRunning(const char* url, const LaunchTokens& launch)
 {
     sd_bus* opened = nullptr;
     if (sd_bus_open_user(&opened) < 0)
@@ -101,7 +98,7 @@ std::optional<bool> SingleInstance::handOverIfRunning(const std::optional<QStrin
     const Bus bus(opened);
 
     sd_bus_message* created = nullptr;
-    if (ApplicationBus::newHandOverCall(bus.get(), url, launch, &created) < 0)
+    if (newHandOverCall(bus.get(), url, launch, &created) < 0)
         return std::nullopt;
     const Message call(created);
 
