@@ -267,12 +267,9 @@ TEST_F(ViewTest, TheAnimationPlaysOnlyWhileItsPanelIsOnScreen)
 
 TEST_F(ViewTest, AFrameOfTheAnimationRepaintsOnlyWhatChanged)
 {
-    bridge.enabled = false;
-    const auto view = makeView();
-    view->show();
-    ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
+    const auto view = showAnimation();
+    ASSERT_TRUE(view);
     QLabel* animation = view->animation();
-    ASSERT_TRUE(animation && animation->movie());
 
     // The areas the animation repaints over a whole loop.
     struct PaintRecorder : QObject {

@@ -325,12 +325,9 @@ class AnimationRendering : public RenderingFixture {};
 TEST_F(AnimationRendering, WhatIsOnScreenIsTheMoviesFrameAtEveryPointOfTheLoop)
 {
     ASSERT_EQ(QGuiApplication::platformName(), QStringLiteral("xcb"));
-    bridge.enabled = false;
-    const auto view = makeView();
-    view->show();
-    ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
+    const auto view = showAnimation();
+    ASSERT_TRUE(view);
     QLabel* animation = view->animation();
-    ASSERT_TRUE(animation && animation->movie());
     QMovie* movie = animation->movie();
     ASSERT_EQ(view->devicePixelRatioF(), 1.0);
     // Stops at different points of the five-second loop: in the moves and in the rests.

@@ -15,6 +15,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QLabel>
+#include <QMovie>
+
 #include <memory>
 
 namespace lexmira {
@@ -33,6 +36,22 @@ protected:
         return std::make_unique<EnableExtensionView>(EnableExtensionView::Dependencies{
             bridge, extensionId, oauth, *sharedData, skrivo, alerts, appearance, preferences,
             Artwork(mainBundleDirectory()), [this] { ++terminations; }, pollInterval});
+    }
+
+    // A view on screen with the disabled panel, whose animation then plays; null when the
+    // panel does not come or holds no animation (the caller's test has failed).
+    std::unique_ptr<EnableExtensionView> showAnimation()
+    {
+        bridge.enabled = false;
+        auto view = makeView();
+        view->show();
+        if (!test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }))
+            ADD_FAILURE() << "the disabled panel never showed";
+        if (!view->animation() || !view->animation()->movie()) {
+            ADD_FAILURE() << "the disabled panel holds no animation";
+            return nullptr;
+        }
+        return view;
     }
 
     std::vector<std::string> dispatchedNames() const

@@ -10,31 +10,13 @@
 // Leaves the same start-up marks as the companion where it reaches the same points, when
 // LEXMIRA_STARTUP_TRACE names a file.
 
+#include "app/StartupTrace.h"
+
 #include <QApplication>
 #include <QScreen>
 #include <QWidget>
 
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-
-namespace {
-
-void mark(const char* name)
-{
-    static const char* const path = std::getenv("LEXMIRA_STARTUP_TRACE");
-    if (!path || !*path)
-        return;
-    const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(
-                        std::chrono::steady_clock::now().time_since_epoch())
-                        .count();
-    if (std::FILE* file = std::fopen(path, "ae")) {
-        std::fprintf(file, "%s %lld\n", name, static_cast<long long>(ns));
-        std::fclose(file);
-    }
-}
-
-} // namespace
+using lexmira::startupTrace::mark;
 
 int main(int argc, char** argv)
 {
