@@ -141,6 +141,7 @@ def memory_by_kind(pid):
     """Resident memory in KiB by what it maps: heap, stacks, Qt, other libraries, fonts, ..."""
     kinds = {}
     kind = None
+    executable = os.path.realpath(f"/proc/{pid}/exe")
     with open(f"/proc/{pid}/smaps") as file:
         for line in file:
             header = re.match(r"^[0-9a-f]+-[0-9a-f]+ \S+ \S+ \S+ \S+\s*(.*)$", line)
@@ -163,7 +164,7 @@ def memory_by_kind(pid):
                     kind = "fonts"
                 elif ".so" in base:
                     kind = "other libraries"
-                elif "/bin/" in name:
+                elif name == executable:
                     kind = "executable"
                 elif "memfd:" in name or "/dev/shm" in name or "SYSV" in name:
                     kind = "shared memory"
