@@ -6,6 +6,8 @@
 #include "platform/linux/TlsTrust.h"
 #include "util/ThreadHandOff.h"
 
+#include <QMutex>
+#include <QMutexLocker>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -166,17 +168,6 @@ public:
     // Lives on this thread; valid until the thread ends.
     QNetworkAccessManager* manager() const { return manager_; }
 
-    // The TLS settings of every request, made on this thread at the first request: setting up
-    // TLS loads the TLS libraries and reads their configuration, which the start of the
-    // application does not wait for.
-    const QSslConfiguration& tls()
-    {
-        Q_ASSERT(QThread::currentThread() == this);
-        if (!tls_)
-            tls_ = verifyingTlsConfiguration();
-        return *tls_;
-    }
-
 protected:
     void run() override
     {
@@ -193,7 +184,6 @@ protected:
 private:
     std::promise<QNetworkAccessManager*> managerReady_;
     QNetworkAccessManager* manager_ = nullptr;
-    std::optional<QSslConfiguration> tls_;
 };
 
 class QtHttpClient final : public HttpClient {
@@ -206,17 +196,30 @@ public:
     void send(HttpRequest request, Completion completion) override
     {
         auto* manager = thread_.manager();
-        ThreadHandOff::queue(manager, [manager, thread = &thread_, userAgent = userAgent_,
+        ThreadHandOff::queue(manager, [manager, tls = tls(), userAgent = userAgent_,
                                        request = std::move(request),
                                        completion = std::move(completion)]() mutable {
-            QNetworkReply* reply =
-                manager->sendCustomRequest(networkRequest(request, thread->tls(), userAgent),
-                                           request.method, request.body);
+            QNetworkReply* reply = manager->sendCustomRequest(networkRequest(request, tls, userAgent),
+                                                              request.method, request.body);
             new Exchange(reply, request, std::move(completion));
         });
     }
 
 private:
+    // The TLS settings of every request, made at the first one rather than with the client:
+    // setting up TLS loads the TLS libraries and reads their configuration, and the window does
+    // not wait for that. They are made on the thread that sends, never on the worker: a process
+    // that ends right after its start would otherwise tear down what the worker is still loading.
+    QSslConfiguration tls()
+    {
+        const QMutexLocker lock(&tlsMutex_);
+        if (!tls_)
+            tls_ = verifyingTlsConfiguration();
+        return *tls_;
+    }
+
+    QMutex tlsMutex_;
+    std::optional<QSslConfiguration> tls_;
     const QByteArray userAgent_;
     NetworkThread thread_;
 };
