@@ -12,6 +12,7 @@
 #include "support/DBusContract.h"
 #include "support/HttpsTestServer.h"
 #include "support/PrivateBus.h"
+#include "support/SanitizerBuild.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -104,22 +105,8 @@ Json replyTo(const Json& dispatch, const Json& error = nullptr)
     return {{"type", "reply"}, {"id", dispatch.at("id")}, {"error", error}};
 }
 
-// AddressSanitizer keeps freed blocks in quarantine and adds shadow memory and redzones, and
-// ThreadSanitizer keeps shadow memory for every word, so in such a build the resident size says
-// nothing about what the code itself holds on to.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool residentSizeIsTheCodes = false;
-#else
-constexpr bool residentSizeIsTheCodes = true;
-#endif
-
-// ThreadSanitizer makes every memory access several times slower; the times the contract gives
-// are held exactly in the other builds, and with this much room in that one.
-#if defined(__SANITIZE_THREAD__)
-constexpr int sanitizerTimeScale = 4;
-#else
-constexpr int sanitizerTimeScale = 1;
-#endif
+using test::residentSizeIsTheCodes;
+using test::sanitizerTimeScale;
 
 // The host's peak resident memory in KiB, from /proc; 0 when it cannot be read.
 qint64 peakMemoryKiB(qint64 pid)

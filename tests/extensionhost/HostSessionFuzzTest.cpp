@@ -7,6 +7,7 @@
 #include "extensionhost/HostSession.h"
 #include "fakes/FakeBrokerLink.h"
 #include "fakes/MemorySharedSuite.h"
+#include "support/SanitizerBuild.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -175,14 +176,7 @@ private:
     std::mt19937 random_;
 };
 
-// AddressSanitizer keeps freed blocks in quarantine and adds shadow memory and redzones, and
-// ThreadSanitizer keeps shadow memory for every word, so in such a build the resident size says
-// nothing about what the code itself holds on to.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool residentSizeIsTheCodes = false;
-#else
-constexpr bool residentSizeIsTheCodes = true;
-#endif
+using test::residentSizeIsTheCodes;
 
 std::size_t residentBytes()
 {

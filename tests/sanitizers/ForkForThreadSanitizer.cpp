@@ -15,6 +15,7 @@
 #include <sched.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -46,6 +47,7 @@ extern "C" int clone(int (*function)(void*), void* stack, int flags, void* argum
         if (pidfd < 0) {
             const int error = errno;
             kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
             errno = error;
             return -1;
         }
