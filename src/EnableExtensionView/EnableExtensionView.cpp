@@ -16,129 +16,11 @@
 #include <QApplication>
 #include <QImageReader>
 #include <QLabel>
-#include <QMovie>
-#include <QPainter>
 #include <QTimer>
-
-#include <cstring>
 
 namespace lexmira {
 
 namespace {
-
-// The smallest rectangle holding every pixel in which two frames of one size differ; the whole
-// frame when their sizes or formats differ, nothing when they are the same.
-QRect changedArea(const QImage& before, const QImage& after)
-{
-    if (before.size() != after.size() || before.format() != after.format() ||
-        before.depth() != 32)
-        return after.rect();
-    const auto rowLength = static_cast<size_t>(after.width()) * 4;
-    int top = 0;
-    int bottom = after.height() - 1;
-    while (top <= bottom && std::memcmp(before.constScanLine(top), after.constScanLine(top),
-                                        rowLength) == 0)
-        ++top;
-    if (top > bottom)
-        return {};
-    while (std::memcmp(before.constScanLine(bottom), after.constScanLine(bottom), rowLength) == 0)
-        --bottom;
-    int left = after.width();
-    int right = -1;
-    for (int y = top; y <= bottom; ++y) {
-        const auto* was = reinterpret_cast<const quint32*>(before.constScanLine(y));
-        const auto* now = reinterpret_cast<const quint32*>(after.constScanLine(y));
-        for (int x = 0; x < left; ++x)
-            if (was[x] != now[x]) {
-                left = x;
-                break;
-            }
-        for (int x = after.width() - 1; x > right; --x)
-            if (was[x] != now[x]) {
-                right = x;
-                break;
-            }
-    }
-    return QRect(QPoint(left, top), QPoint(right, bottom));
-}
-
-// Plays its movie only while it can be seen: from when it is shown on screen until it is hidden,
-// and never again once retired (an earlier build's animation, covered for good by a newer one).
-// A movie that nobody sees would still decode every frame.
-//
-// A frame redraws only the part of the picture that changed from the frame before (in most of
-// the loop, a pointer moving over a still page), and is drawn at the screen's density: frames
-// are decoded at the size shown times the device pixel ratio, which is one device pixel to each
-// pixel of the frame.
-class AnimationPlayer : public QLabel {
-public:
-    explicit AnimationPlayer(QWidget* parent)
-        : QLabel(parent)
-    {
-        // Every frame covers the whole label, so nothing beneath it (the panel, the texts
-        // reaching into its corner) is drawn again for a frame.
-        setAttribute(Qt::WA_OpaquePaintEvent);
-    }
-
-    void play(QMovie* movie)
-    {
-        setMovie(movie);
-        // The label would redraw the whole picture for every frame.
-        disconnect(movie, &QMovie::updated, this, nullptr);
-        connect(movie, &QMovie::updated, this, &AnimationPlayer::frameChanged);
-    }
-
-    void retire()
-    {
-        retired_ = true;
-        if (movie())
-            movie()->stop();
-    }
-
-protected:
-    void paintEvent(QPaintEvent* event) override
-    {
-        const QPixmap frame = movie() ? movie()->currentPixmap() : QPixmap();
-        if (frame.isNull()) {
-            QLabel::paintEvent(event);
-            return;
-        }
-        QPainter painter(this);
-        painter.drawPixmap(rect(), frame, frame.rect());
-    }
-
-    void showEvent(QShowEvent* event) override
-    {
-        QLabel::showEvent(event);
-        if (movie() && !retired_)
-            movie()->start();
-    }
-
-    void hideEvent(QHideEvent* event) override
-    {
-        QLabel::hideEvent(event);
-        if (movie())
-            movie()->stop();
-    }
-
-private:
-    void frameChanged()
-    {
-        const QImage frame = movie()->currentImage();
-        const QRect changed = changedArea(lastFrame_, frame);
-        lastFrame_ = frame;
-        if (changed.isEmpty() || frame.isNull())
-            return;
-        const qreal scaleX = qreal(width()) / frame.width();
-        const qreal scaleY = qreal(height()) / frame.height();
-        update(QRectF(changed.x() * scaleX, changed.y() * scaleY, changed.width() * scaleX,
-                      changed.height() * scaleY)
-                   .toAlignedRect());
-    }
-
-    bool retired_ = false;
-    QImage lastFrame_;
-};
 
 // The panels' texts, exactly as the product writes them in English; each is translated where it
 // is shown. Translations must fit the same boxes: the layout does not grow with them.
@@ -230,8 +112,8 @@ void EnableExtensionView::buildContent()
     colorScheme_ = ColorScheme::forAppearance(deps_.appearance.isDark());
 
     // The new panels cover the earlier ones for good.
-    if (auto* earlier = static_cast<AnimationPlayer*>(animation_.data()))
-        earlier->retire();
+    if (animation_)
+        animation_->retire();
     extensionEnabledPanel_ = makePanel();
     buildExtensionEnabledPanel(extensionEnabledPanel_);
     enableExtensionPanel_ = makePanel();
@@ -337,19 +219,15 @@ void EnableExtensionView::showAnimation(QWidget* panel)
     const QSize natural = QImageReader(file.path).size();
     if (file.path.isEmpty() || !natural.isValid())
         return;
-    auto* player = new AnimationPlayer(panel);
-    auto* movie = new QMovie(file.path, QByteArray(), player);
-    if (!movie->isValid()) {
+    const QSize shown = (QSizeF(natural) / file.pixelRatio).toSize();
+    // Scaling every frame would be most of what playing costs; the files are drawn so that a
+    // screen of one or two device pixels to a point needs none.
+    auto* player = new AnimationView(file.path, shown * ratio, ratio, panel);
+    if (!player->isValid()) {
         delete player;
         return;
     }
-    const QSize shown = (QSizeF(natural) / file.pixelRatio).toSize();
-    // Scaling every frame is most of what playing costs; the files are drawn so that a screen
-    // of one or two device pixels to a point needs none.
-    if (shown * ratio != natural)
-        movie->setScaledSize(shown * ratio);
     player->setAccessibleName(tr(animationName));
-    player->play(movie);
     player->setGeometry(panel->width() - shown.width(), panel->height() - shown.height(),
                         shown.width(), shown.height());
     // Plays from when its panel is on screen.

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "EnableExtensionView/AnimationView.h"
 #include "EnableExtensionView/Artwork.h"
 #include "EnableExtensionView/ColorScheme.h"
 #include "EnableExtensionView/FlatButton.h"
@@ -72,7 +73,7 @@ public:
     // The enabled panel's body text and the enable animation of the latest build; both follow
     // the browser's name.
     TextView* enabledBody() const { return enabledBody_; }
-    QLabel* animation() const { return animation_; }
+    AnimationView* animation() const { return animation_; }
 
     // Rebuilds the panels in the colours of the current appearance, over the old ones, and
     // starts one more state-polling loop.
@@ -106,7 +107,7 @@ private:
     QPointer<Panel> enableExtensionPanel_;
     QPointer<FlatButton> openSafariExtensionPreferencesButton_;
     QPointer<TextView> enabledBody_;
-    QPointer<QLabel> animation_;
+    QPointer<AnimationView> animation_;
     std::optional<ColorScheme> colorScheme_;
     QString browserName_;
 };

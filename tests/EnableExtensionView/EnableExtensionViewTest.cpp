@@ -7,7 +7,6 @@
 #include <QAccessible>
 #include <QPaintEvent>
 #include <QLabel>
-#include <QMovie>
 #include <QPointer>
 #include <QTest>
 
@@ -114,7 +113,7 @@ TEST_F(ViewTest, EnablePanelLayout)
     for (auto* label : childrenOf<QLabel>(panel))
         if (!qobject_cast<TextView*>(label))
             images << label;
-    ASSERT_EQ(images.size(), 2) << "the warning mark and the animation";
+    ASSERT_EQ(images.size(), 1) << "the warning mark";
     EXPECT_EQ(images[0]->geometry(), QRect(48, 71, 46, 41));
     EXPECT_FALSE(images[0]->pixmap().isNull());
     const auto texts = childrenOf<TextView>(panel);
@@ -128,11 +127,13 @@ TEST_F(ViewTest, EnablePanelLayout)
               QPoint(48, texts[2]->geometry().bottom() + 1 + 41));
     // The animation, at half its 464 × 536 size, in the bottom-right corner, playing once the
     // panel is on screen.
-    EXPECT_EQ(images[1]->geometry(), QRect(550 - 232, 367 - 268, 232, 268));
-    ASSERT_NE(images[1]->movie(), nullptr);
+    const auto animations = childrenOf<AnimationView>(panel);
+    ASSERT_EQ(animations.size(), 1);
+    EXPECT_EQ(animations[0]->geometry(), QRect(550 - 232, 367 - 268, 232, 268));
+    EXPECT_FALSE(animations[0]->isRunning());
     view->show();
     ASSERT_TRUE(test::waitUntil([&] { return panel->isVisible(); }));
-    EXPECT_EQ(images[1]->movie()->state(), QMovie::Running);
+    EXPECT_TRUE(animations[0]->isRunning());
 }
 
 TEST_F(ViewTest, TextIsNeverClipped)
@@ -245,31 +246,31 @@ TEST_F(ViewTest, TheAnimationPlaysOnlyWhileItsPanelIsOnScreen)
     bridge.enabled = false;
     const auto view = makeView(100ms);
     ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
-    QMovie* movie = view->animation()->movie();
-    EXPECT_EQ(movie->state(), QMovie::NotRunning) << "the window is not on screen yet";
+    AnimationView* animation = view->animation();
+    EXPECT_FALSE(animation->isRunning()) << "the window is not on screen yet";
 
     view->show();
-    EXPECT_EQ(movie->state(), QMovie::Running);
+    EXPECT_TRUE(animation->isRunning());
 
     bridge.enabled = true;
     ASSERT_TRUE(test::waitUntil([&] { return !view->extensionEnabledPanel()->isHidden(); }));
-    EXPECT_EQ(movie->state(), QMovie::NotRunning) << "the enabled panel hides it";
+    EXPECT_FALSE(animation->isRunning()) << "the enabled panel hides it";
 
     bridge.enabled = false;
     ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
-    EXPECT_EQ(movie->state(), QMovie::Running);
+    EXPECT_TRUE(animation->isRunning());
 
     view->hide();
-    EXPECT_EQ(movie->state(), QMovie::NotRunning) << "a closed window plays nothing";
+    EXPECT_FALSE(animation->isRunning()) << "a closed window plays nothing";
     view->show();
-    EXPECT_EQ(movie->state(), QMovie::Running);
+    EXPECT_TRUE(animation->isRunning());
 }
 
 TEST_F(ViewTest, AFrameOfTheAnimationRepaintsOnlyWhatChanged)
 {
     const auto view = showAnimation();
     ASSERT_TRUE(view);
-    QLabel* animation = view->animation();
+    AnimationView* animation = view->animation();
 
     // The areas the animation repaints over a whole loop.
     struct PaintRecorder : QObject {
@@ -300,21 +301,21 @@ TEST_F(ViewTest, AnAppearanceChangeStopsTheAnimationItCoversForGood)
     const auto view = makeView(100ms);
     view->show();
     ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
-    const QPointer<QLabel> covered = view->animation();
-    ASSERT_EQ(covered->movie()->state(), QMovie::Running);
+    const QPointer<AnimationView> covered = view->animation();
+    ASSERT_TRUE(covered->isRunning());
 
     appearance.setDark(true);
     ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }));
     ASSERT_NE(view->animation(), covered.data());
-    EXPECT_EQ(view->animation()->movie()->state(), QMovie::Running);
+    EXPECT_TRUE(view->animation()->isRunning());
     ASSERT_TRUE(covered) << "earlier panels stay beneath, with what they hold";
-    EXPECT_EQ(covered->movie()->state(), QMovie::NotRunning);
+    EXPECT_FALSE(covered->isRunning());
 
     // Closing and reopening the window shows every panel again; the covered one stays still.
     view->hide();
     view->show();
-    EXPECT_EQ(covered->movie()->state(), QMovie::NotRunning);
-    EXPECT_EQ(view->animation()->movie()->state(), QMovie::Running);
+    EXPECT_FALSE(covered->isRunning());
+    EXPECT_TRUE(view->animation()->isRunning());
 }
 
 TEST_F(ViewTest, EnabledWithNoSharedUserOpensTheLoginTabOnce)
@@ -462,7 +463,7 @@ TEST_F(ViewTest, TheBrowserNameIsAskedAgainWhenTheStateChanges)
                view->browserName() == QLatin1String("Firefox");
     }));
     EXPECT_TRUE(view->enabledBody()->text().endsWith(QLatin1String("try restarting Firefox.")));
-    EXPECT_TRUE(view->animation()->movie()->fileName().endsWith(QLatin1String("Firefox.gif")));
+    EXPECT_TRUE(view->animation()->fileName().endsWith(QLatin1String("Firefox.gif")));
 
     // Firefox closes; nobody reports a browser any more.
     bridge.browserName.clear();
@@ -471,7 +472,7 @@ TEST_F(ViewTest, TheBrowserNameIsAskedAgainWhenTheStateChanges)
         return !view->enableExtensionPanel()->isHidden() && view->browserName().isEmpty();
     }));
     EXPECT_TRUE(view->enabledBody()->text().endsWith(QLatin1String("try restarting Safari.")));
-    EXPECT_TRUE(view->animation()->movie()->fileName().endsWith(QLatin1String("Chromium.gif")));
+    EXPECT_TRUE(view->animation()->fileName().endsWith(QLatin1String("Chromium.gif")));
 }
 
 TEST_F(ViewTest, ANameThatCannotStandInATextLeavesTheTextsAsWritten)

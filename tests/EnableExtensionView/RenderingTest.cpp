@@ -8,7 +8,6 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLocale>
-#include <QMovie>
 #include <QScreen>
 #include <QTranslator>
 #include <QWindow>
@@ -179,18 +178,17 @@ TEST_P(Rendering, TheBrowserInUseIsNamedAndShown)
         return;
     }
     // The extensions page of the browser in use; the Chromium family's when none is named.
-    QLabel* animation = view->animation();
+    AnimationView* animation = view->animation();
     ASSERT_TRUE(animation);
-    ASSERT_TRUE(animation->movie());
     const QString variant = browser() == QLatin1String("Firefox") ? QStringLiteral("Firefox")
                                                                   : QStringLiteral("Chromium");
-    EXPECT_TRUE(animation->movie()->fileName().endsWith(
+    EXPECT_TRUE(animation->fileName().endsWith(
         (dark() ? QStringLiteral("EnableLexmiraAnimationDark")
                 : QStringLiteral("EnableLexmiraAnimationLight")) +
         variant + QStringLiteral(".gif")))
-        << animation->movie()->fileName().toStdString();
-    EXPECT_EQ(animation->movie()->state(), QMovie::Running);
-    EXPECT_EQ(view->enableExtensionPanel()->findChildren<QMovie*>().size(), 1);
+        << animation->fileName().toStdString();
+    EXPECT_TRUE(animation->isRunning());
+    EXPECT_EQ(view->enableExtensionPanel()->findChildren<AnimationView*>().size(), 1);
     const QRect box = animation->geometry();
     EXPECT_GT(inkIn(image, box, scheme.panel), box.width() * box.height() / 8);
 }
@@ -319,30 +317,32 @@ INSTANTIATE_TEST_SUITE_P(BothPanelsInBothAppearances, GermanRendering,
 
 
 // A frame redraws only what changed from the one before; what the X server shows must still be
-// the movie's frame, pixel for pixel, wherever the loop stands.
+// the animation's frame, pixel for pixel, wherever the loop stands, in its first loop (decoded as it
+// plays) and in the next (replayed from what the first kept).
 class AnimationRendering : public RenderingFixture {};
 
-TEST_F(AnimationRendering, WhatIsOnScreenIsTheMoviesFrameAtEveryPointOfTheLoop)
+TEST_F(AnimationRendering, WhatIsOnScreenIsTheAnimationsFrameAtEveryPointOfItsLoops)
 {
     ASSERT_EQ(QGuiApplication::platformName(), QStringLiteral("xcb"));
     const auto view = showAnimation();
     ASSERT_TRUE(view);
-    QLabel* animation = view->animation();
-    QMovie* movie = animation->movie();
+    AnimationView* animation = view->animation();
     ASSERT_EQ(view->devicePixelRatioF(), 1.0);
-    // Stops at different points of the five-second loop: in the moves and in the rests.
-    for (const auto playFor : {150ms, 260ms, 90ms, 700ms, 330ms, 1200ms, 410ms, 2100ms}) {
-        movie->setPaused(false);
+    // Stops at different points of the five-second loop, in the moves and in the rests, then at
+    // others of the next loop.
+    for (const auto playFor :
+         {150ms, 260ms, 90ms, 700ms, 330ms, 1200ms, 410ms, 2100ms, 380ms, 1500ms, 240ms}) {
+        animation->setPaused(false);
         test::spin(playFor);
-        movie->setPaused(true);
-        const QImage frame = movie->currentImage().convertToFormat(QImage::Format_RGB32);
+        animation->setPaused(true);
+        const QImage frame = animation->currentFrame().convertToFormat(QImage::Format_RGB32);
         const QImage screen = shoot(*view).copy(animation->geometry());
         ASSERT_EQ(screen.size(), frame.size());
         int differing = 0;
         for (int y = 0; y < frame.height(); ++y)
             for (int x = 0; x < frame.width(); ++x)
                 differing += !near(QColor(frame.pixel(x, y)), QColor(screen.pixel(x, y)), 2);
-        EXPECT_EQ(differing, 0) << "frame " << movie->currentFrameNumber();
+        EXPECT_EQ(differing, 0) << "frame " << animation->currentFrameNumber();
     }
 }
 
