@@ -44,7 +44,9 @@ Tracker::Tracker(std::string norvClientType, std::string clientVersion,
     if (const auto userInfo = sharedUserInfo_.value())
         norv_.client().setUserInfo(*userInfo);
     else
-        fetchUser();
+        // Sent once the event loop runs. At the application's start it is the first request,
+        // which sets up TLS, and the window does not wait for that.
+        QMetaObject::invokeMethod(this, &Tracker::fetchUser, Qt::QueuedConnection);
 }
 
 Tracker::~Tracker()

@@ -27,8 +27,8 @@ namespace lexmira {
 // tracker, so they reach it on the main thread, and not at all once it is gone.
 class Tracker : public QObject {
 public:
-    // May already start a user fetch. sharedData and the user defaults in platform must outlive
-    // the tracker.
+    // Without a shared user, a user fetch starts once the event loop runs. sharedData and the
+    // user defaults in platform must outlive the tracker.
     Tracker(std::string norvClientType, std::string clientVersion, AppInfo::Component component,
             std::shared_ptr<const Auth> auth, const SharedData& sharedData, bool forceIsTest,
             bool isPingDisabled, const DeploymentConfig& deployment, NorvClient::Platform platform);

@@ -191,6 +191,15 @@ TEST_F(TrackerTest, ASharedUserAtStartIsUsedAndNothingIsFetched)
     EXPECT_EQ(body.at("events").at(0).at("isTest"), true);
 }
 
+TEST_F(TrackerTest, TheUserFetchWaitsForTheEventLoop)
+{
+    // What the application does next (its window) does not wait for the first request.
+    auto tracker = makeTracker();
+    EXPECT_EQ(http->sent(), 0);
+    ASSERT_TRUE(account.waitForRequests(1));
+    EXPECT_EQ(http->sent(), 1);
+}
+
 TEST_F(TrackerTest, AUserSharedByTheExtensionReachesTheClientOnTheMainThread)
 {
     account.holdRequests();
