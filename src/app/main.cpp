@@ -68,6 +68,17 @@ int forwardWithoutDisplay(int argc, char** argv, const std::optional<QString>& u
     return 1;
 }
 
+// The application's icon, drawn ahead at each size the desktop shows it.
+QIcon appIcon(const Bundle& bundle)
+{
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 64, 128})
+        if (const auto path = bundle.pathForResource(QStringLiteral("AppIcon-%1").arg(size),
+                                                     QStringLiteral("png")))
+            icon.addFile(*path, QSize(size, size));
+    return icon;
+}
+
 // The doctor runs without a display (over ssh, say): a core application only, and never the
 // companion itself.
 int runDoctor(int argc, char** argv, const Bundle& bundle, bool json)
@@ -128,9 +139,7 @@ int main(int argc, char** argv)
     hideCommandLineArguments(argc, argv);
     installTranslation(application, mainBundleDirectory());
     application.setDesktopFileName(applicationId);
-    if (const auto icon =
-            mainBundle.pathForResource(QStringLiteral("AppIcon"), QStringLiteral("svg")))
-        application.setWindowIcon(QIcon(*icon));
+    application.setWindowIcon(appIcon(mainBundle));
 
     // A launch that finds the instance running hands its request over and does nothing else.
     const auto instance = SingleInstance::create();

@@ -9,12 +9,15 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QImage>
 #include <QTemporaryDir>
 
 #include <xcb/xcb.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -78,12 +81,13 @@ public:
         return {children, children + xcb_query_tree_children_length(tree.get())};
     }
 
-    QByteArray property(xcb_window_t window, const char* name) const
+    // Up to longs 32-bit units of the property's value.
+    QByteArray property(xcb_window_t window, const char* name, std::uint32_t longs = 1024) const
     {
         const XReply<xcb_get_property_reply_t> reply(
             xcb_get_property_reply(connection_,
                                    xcb_get_property(connection_, 0, window, atom(name),
-                                                    XCB_GET_PROPERTY_TYPE_ANY, 0, 1024),
+                                                    XCB_GET_PROPERTY_TYPE_ANY, 0, longs),
                                    nullptr),
             &std::free);
         if (!reply)
@@ -278,6 +282,45 @@ TEST_F(RaiseWhenAsked, AStartupIdThatNeedsQuotingIsQuotedInTheRemoveMessage)
     ASSERT_TRUE(test::waitUntil([&] { return !x.startupMessages().isEmpty(); }, 10s));
     EXPECT_EQ(x.startupMessages(), QList<QByteArray>{R"(remove: ID="odd\"id\\with-quote_TIME7")"});
     EXPECT_TRUE(test::waitUntil([&] { return x.below(covering, *window); }, 20s));
+}
+
+TEST_F(RaiseWhenAsked, TheWindowCarriesTheApplicationsIconAsDrawnAtEachSize)
+{
+    // _NET_WM_ICON: width, height, then that many ARGB pixels, for each size.
+    const QByteArray value = x.property(*window, "_NET_WM_ICON", 1 << 20);
+    std::vector<std::uint32_t> data(size_t(value.size()) / 4);
+    std::memcpy(data.data(), value.constData(), data.size() * 4);
+    std::map<int, QImage> icons;
+    for (size_t at = 0; at + 2 <= data.size();) {
+        const auto width = int(data[at]);
+        const auto height = int(data[at + 1]);
+        ASSERT_LE(at + 2 + size_t(width) * size_t(height), data.size());
+        QImage image(width, height, QImage::Format_ARGB32);
+        std::memcpy(image.bits(), &data[at + 2], size_t(width) * size_t(height) * 4);
+        icons[width] = image;
+        at += 2 + size_t(width) * size_t(height);
+    }
+    std::vector<int> sizes;
+    for (const auto& [size, image] : icons)
+        sizes.push_back(size);
+    EXPECT_EQ(sizes, (std::vector<int>{16, 24, 32, 48, 64, 128}));
+    // Each is the drawing of that size the bundle holds, not another size scaled.
+    for (const int size : {16, 32, 128}) {
+        const QImage drawn =
+            QImage(QStringLiteral(LEXMIRA_SOURCE_BUNDLE_DIR "/AppIcon-%1.png").arg(size))
+                .convertToFormat(QImage::Format_ARGB32);
+        ASSERT_FALSE(drawn.isNull());
+        // The window system's copy may round a channel by one.
+        const auto near = [](QRgb a, QRgb b) {
+            return std::abs(qRed(a) - qRed(b)) <= 2 && std::abs(qGreen(a) - qGreen(b)) <= 2 &&
+                   std::abs(qBlue(a) - qBlue(b)) <= 2 && std::abs(qAlpha(a) - qAlpha(b)) <= 2;
+        };
+        int differing = 0;
+        for (int y = 0; y < size; ++y)
+            for (int x = 0; x < size; ++x)
+                differing += !near(icons[size].pixel(x, y), drawn.pixel(x, y));
+        EXPECT_EQ(differing, 0) << "at " << size << " pixels";
+    }
 }
 
 } // namespace

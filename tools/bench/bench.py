@@ -290,17 +290,19 @@ class Bench:
         return [self.program("lexmira-companion"), *arguments]
 
     def measure_windows(self):
-        """Start-up, peak memory and idle CPU, companion and bare window alternately."""
+        """Start-up, peak memory and idle CPU: the companion, the bare window and the floor
+        window, in an order that turns each round."""
         rounds, idle = self.options.rounds, self.options.idle_seconds
-        start = {"companion": [], "bare": []}
-        peak = {"companion": [], "bare": []}
-        cpu_enabled = {"companion": [], "bare": []}
+        programs = ["companion", "bare", "floor"]
+        start = {which: [] for which in programs}
+        peak = {which: [] for which in programs}
+        cpu_enabled = {which: [] for which in programs}
         cpu_disabled = []
         size = None
         for round_index in range(rounds):
-            order = ["companion", "bare"] if round_index % 2 == 0 else ["bare", "companion"]
-            if size is None:
-                order = ["companion", "bare"]
+            # The companion first in the first round: the windows take its size.
+            turn = round_index % len(programs)
+            order = programs[turn:] + programs[:turn]
             for which in order:
                 self.peer_ctl("enable")
                 if which == "companion":
@@ -308,8 +310,8 @@ class Bench:
                     pid, ns, size = self.start_window(self.companion_argv(), trace="companion")
                 else:
                     pid, ns, _ = self.start_window(
-                        [self.program("bench-bare-window"), str(size[0]), str(size[1])],
-                        trace="bare")
+                        [self.program(f"bench-{which}-window"), str(size[0]), str(size[1])],
+                        trace=which)
                 start[which].append(ns / 1e6)
                 time.sleep(self.options.settle_seconds)
                 cpu_enabled[which].append(idle_cpu_percent(pid, idle))
@@ -319,8 +321,8 @@ class Bench:
                     cpu_disabled.append(idle_cpu_percent(pid, idle))
                     if "memory_by_kind" not in self.notes:
                         self.notes["memory_by_kind"] = memory_by_kind(pid)
-                elif "bare_memory_by_kind" not in self.notes:
-                    self.notes["bare_memory_by_kind"] = memory_by_kind(pid)
+                elif f"{which}_memory_by_kind" not in self.notes:
+                    self.notes[f"{which}_memory_by_kind"] = memory_by_kind(pid)
                 peak[which].append(status_kib(pid, "VmHWM") / 1024)
                 self.end_window(pid)
         self.peer_ctl("enable")
@@ -330,6 +332,8 @@ class Bench:
                                                     summary(cpu_enabled["companion"]))
         self.results["idle_cpu_disabled_percent"] = (summary(cpu_enabled["bare"]),
                                                      summary(cpu_disabled))
+        self.results["floor"] = {"start_to_window_ms": summary(start["floor"]),
+                                 "peak_rss_mib": summary(peak["floor"])}
 
     def measure_hand_over(self):
         """A sign-in URL by a second launch vs one process making one D-Bus call."""
@@ -501,21 +505,35 @@ def print_report(bench, options):
               f" {'met' if met else 'NOT MET'}")
         rows[key] = {"baseline": base, "companion": ours, "ratio": ratio, "target": target,
                      "met": met}
+    print("\nThe floor window (the bare window with the companion's libraries, its texts and one "
+          "HTTPS request):")
+    floor_rows = {}
+    for key in ("start_to_window_ms", "peak_rss_mib"):
+        base, floor = bench.results[key][0], bench.results["floor"][key]
+        ratio = (floor["median"] / base["median"]) if base["median"] and floor["median"] else None
+        floor_rows[key] = {"floor": floor, "ratio_to_baseline": ratio}
+        cell = f"{floor['median']:.2f} ({floor['p95']:.2f})" if floor["median"] is not None else "-"
+        ratio_text = f"{ratio:.2f}" if ratio is not None else "-"
+        print(f"{targets[key][0]:<52} {'':>18} {cell:>18} {ratio_text:>7}"
+              f"  the target is {targets[key][1]}x")
     print("\nHow the costs grow:")
     for key, value in bench.results["scaling"].items():
         print(f"  {key:<44} {value:.2f}" if isinstance(value, float) else f"  {key:<44} {value}")
     startup = {}
-    for which, title in (("companion", "the companion"), ("bare", "the bare window")):
+    for which, title in (("companion", "the companion"), ("bare", "the bare window"),
+                         ("floor", "the floor window")):
         print(f"\nWhere {title}'s start-up time goes (ms from exec to each mark, medians (p95)):")
         startup[which] = {}
         for name, values in bench.startup_marks.get(which, {}).items():
             mark = startup[which][name] = summary(values)
             print(f"  {name:<44} {mark['median']:8.2f} ({mark['p95']:.2f})")
-    for title, key in (("companion", "memory_by_kind"), ("bare window", "bare_memory_by_kind")):
+    for title, key in (("companion", "memory_by_kind"), ("bare window", "bare_memory_by_kind"),
+                       ("floor window", "floor_memory_by_kind")):
         print(f"\nResident memory by kind, {title} (MiB):")
         for kind, kib in bench.notes.get(key, {}).items():
             print(f"  {kind:<44} {kib / 1024:.2f}")
-    line = {"rounds": options.rounds, "figures": rows, "scaling": bench.results["scaling"],
+    line = {"rounds": options.rounds, "figures": rows, "floor": floor_rows,
+            "scaling": bench.results["scaling"],
             "startup_ms": startup, "memory_by_kind_kib": bench.notes}
     print("\nBENCH_JSON " + json.dumps(line, separators=(",", ":")))
 
