@@ -220,8 +220,8 @@ void EnableExtensionView::showAnimation(QWidget* panel)
     if (file.path.isEmpty() || !natural.isValid())
         return;
     const QSize shown = (QSizeF(natural) / file.pixelRatio).toSize();
-    // Scaling every frame would be most of what playing costs; the files are drawn so that a
-    // screen of one or two device pixels to a point needs none.
+    // The files are drawn so that a screen of one or two device pixels to a point needs no
+    // scaling; at other densities each frame is scaled once, as it is decoded.
     auto* player = new AnimationView(file.path, shown * ratio, ratio, panel);
     if (!player->isValid()) {
         delete player;
