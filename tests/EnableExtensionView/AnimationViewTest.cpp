@@ -73,7 +73,7 @@ protected:
     QTemporaryDir dir;
 };
 
-// The frame numbers an animation shows while the event loop runs for duration, one per paint.
+// What an animation shows each time it paints: the frame's place in the loop and its pixels.
 struct PaintedFrames : QObject {
     explicit PaintedFrames(AnimationView& view)
         : view(view)
@@ -109,8 +109,8 @@ TEST_F(AnimationViewTest, ItShowsTheFramesTheFileHoldsAndLoopsWithoutReadingItAg
     view.resize(expected.front().size());
     PaintedFrames painted(view);
     view.show();
-    // The file is read ahead of the frames' times, and then no more: it goes, and the whole
-    // five-second loop and the start of the next play on.
+    // The file is read ahead of the frames' times and never again: once it is deleted, the rest
+    // of the five-second loop and the start of the next one still play.
     test::spin(1s);
     ASSERT_TRUE(QFile::remove(path));
     const size_t beforeRemoval = painted.shown.size();
