@@ -234,11 +234,13 @@ TEST_F(ViewTest, AppearanceChangeRebuildsDarkPanelsOverTheOldOnesAndPollsOnceMor
     EXPECT_EQ(children.last(), view->enableExtensionPanel()) << "the new panels are on top";
 
     ASSERT_TRUE(test::waitUntil([&] { return !view->enableExtensionPanel()->isHidden(); }, 1500ms));
+    // One loop polls at most six times in five seconds, two at least eight when each answer
+    // comes back at once; a busy machine delays some of those.
     const auto before = bridge.stateQueries.size();
-    test::spin(3s);
+    test::spin(5s);
     const auto polled = bridge.stateQueries.size() - before;
-    EXPECT_GE(polled, 5u) << "two loops now";
-    EXPECT_LE(polled, 7u);
+    EXPECT_GE(polled, 7u) << "two loops now";
+    EXPECT_LE(polled, 12u);
 }
 
 TEST_F(ViewTest, TheAnimationPlaysOnlyWhileItsPanelIsOnScreen)
