@@ -107,11 +107,10 @@ QAccessibleInterface* accessibleAnimation(const QString& className, QObject* obj
 
 } // namespace
 
-AnimationView::AnimationView(QString fileName, QSize frameSize, qreal devicePixelRatio,
+AnimationView::AnimationView(QString fileName, qreal filePixelRatio, qreal devicePixelRatio,
                              QWidget* parent)
     : QWidget(parent)
     , fileName_(std::move(fileName))
-    , frameSize_(frameSize)
     , devicePixelRatio_(devicePixelRatio)
 {
     static const bool accessible = (QAccessible::installFactory(accessibleAnimation), true);
@@ -123,6 +122,11 @@ AnimationView::AnimationView(QString fileName, QSize frameSize, qreal devicePixe
     // Only the header is read here: the frames are decoded once the view is on screen.
     QImageReader reader(fileName_);
     valid_ = reader.canRead() && reader.size().isValid();
+    if (valid_) {
+        const QSize shown = (QSizeF(reader.size()) / filePixelRatio).toSize();
+        frameSize_ = shown * devicePixelRatio;
+        resize(shown);
+    }
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &AnimationView::advance);
     // Whenever the event loop has nothing else to do.
@@ -299,7 +303,7 @@ void AnimationView::openReader()
 {
     reader_ = std::make_unique<QImageReader>(fileName_);
     // A reader of a format that cannot decode at another size scales each frame itself.
-    if (frameSize_.isValid() && frameSize_ != reader_->size())
+    if (frameSize_ != reader_->size())
         reader_->setScaledSize(frameSize_);
 }
 

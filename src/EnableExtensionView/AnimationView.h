@@ -30,9 +30,10 @@ class AnimationView final : public QWidget {
     Q_OBJECT
 
 public:
-    // Plays fileName, decoded at frameSize (device pixels) when that is valid and differs from
-    // the file's own size, in a view of frameSize / devicePixelRatio.
-    AnimationView(QString fileName, QSize frameSize, qreal devicePixelRatio,
+    // Plays fileName, drawn at filePixelRatio of its pixels to a point, in a view of that size
+    // on a screen of devicePixelRatio. Frames are decoded at the view's size in device pixels,
+    // scaled as they are decoded when that differs from the file's own.
+    AnimationView(QString fileName, qreal filePixelRatio, qreal devicePixelRatio,
                   QWidget* parent = nullptr);
     ~AnimationView() override;
 

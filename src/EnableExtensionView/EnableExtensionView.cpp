@@ -14,7 +14,6 @@
 #include "shared/SharedData.h"
 
 #include <QApplication>
-#include <QImageReader>
 #include <QLabel>
 #include <QTimer>
 
@@ -216,20 +215,17 @@ void EnableExtensionView::showAnimation(QWidget* panel)
     const qreal ratio = devicePixelRatioF();
     const auto file = deps_.artwork.animation(
         colorScheme_->enableLexmiraAnimationImage + animationVariant(browserName_), ratio);
-    const QSize natural = QImageReader(file.path).size();
-    if (file.path.isEmpty() || !natural.isValid())
+    if (file.path.isEmpty())
         return;
-    const QSize shown = (QSizeF(natural) / file.pixelRatio).toSize();
     // The files are drawn so that a screen of one or two device pixels to a point needs no
     // scaling; at other densities each frame is scaled once, as it is decoded.
-    auto* player = new AnimationView(file.path, shown * ratio, ratio, panel);
+    auto* player = new AnimationView(file.path, file.pixelRatio, ratio, panel);
     if (!player->isValid()) {
         delete player;
         return;
     }
     player->setAccessibleName(tr(animationName));
-    player->setGeometry(panel->width() - shown.width(), panel->height() - shown.height(),
-                        shown.width(), shown.height());
+    player->move(panel->width() - player->width(), panel->height() - player->height());
     // Plays from when its panel is on screen.
     player->show();
     animation_ = player;

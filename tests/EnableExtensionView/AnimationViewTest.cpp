@@ -104,9 +104,8 @@ TEST_F(AnimationViewTest, ItShowsTheFramesTheFileHoldsAndLoopsWithoutReadingItAg
     const std::vector<QImage> expected = distinctFrames(path);
     ASSERT_GT(expected.size(), 30u);
 
-    AnimationView view(path, QSize(), 1.0);
+    AnimationView view(path, 1.0, 1.0);
     ASSERT_TRUE(view.isValid());
-    view.resize(expected.front().size());
     PaintedFrames painted(view);
     view.show();
     // The file is read ahead of the frames' times and never again: once it is deleted, the rest
@@ -137,10 +136,9 @@ TEST_F(AnimationViewTest, ItShowsTheFramesTheFileHoldsAndLoopsWithoutReadingItAg
 
 TEST_F(AnimationViewTest, AFileWithoutLoopsPlaysOnceAndKeepsItsLastFrame)
 {
-    AnimationView view(write(QStringLiteral("once.gif"), onePixelGif({0, 1, 0, 1}, 2, false)),
-                       QSize(), 1.0);
+    AnimationView view(write(QStringLiteral("once.gif"), onePixelGif({0, 1, 0, 1}, 2, false)), 1.0,
+                       1.0);
     ASSERT_TRUE(view.isValid());
-    view.resize(1, 1);
     view.show();
     EXPECT_TRUE(view.isRunning());
     ASSERT_TRUE(test::waitUntil([&] { return !view.isRunning(); }, 5s));
@@ -152,15 +150,14 @@ TEST_F(AnimationViewTest, AFileWithoutLoopsPlaysOnceAndKeepsItsLastFrame)
 
 TEST_F(AnimationViewTest, ABrokenFileShowsNothingAndNeverPlays)
 {
-    AnimationView garbage(write(QStringLiteral("garbage.gif"), QByteArray(64, 'x')), QSize(), 1.0);
+    AnimationView garbage(write(QStringLiteral("garbage.gif"), QByteArray(64, 'x')), 1.0, 1.0);
     EXPECT_FALSE(garbage.isValid());
     garbage.show();
     EXPECT_FALSE(garbage.isRunning());
 
     // A header that promises frames the file does not hold.
     const QByteArray whole = onePixelGif({0, 1}, 2, true);
-    AnimationView cut(write(QStringLiteral("cut.gif"), whole.left(13 + 6 + 19)), QSize(), 1.0);
-    cut.resize(1, 1);
+    AnimationView cut(write(QStringLiteral("cut.gif"), whole.left(13 + 6 + 19)), 1.0, 1.0);
     cut.show();
     test::spin(100ms);
     EXPECT_FALSE(cut.isRunning());
